@@ -1,0 +1,12 @@
+# Cross-compiles the plug-in for 64-bit Windows; tests run under wine64.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CVAS_MINGW_TRIPLE x86_64-w64-mingw32)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64-common.cmake)
+find_program(CVAS_WINE64 NAMES wine64 PATHS /usr/lib/wine NO_DEFAULT_PATH)
+if(NOT CVAS_WINE64)
+  find_program(CVAS_WINE64 NAMES wine64 wine)
+endif()
+if(CVAS_WINE64)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CVAS_WINE64})
+endif()

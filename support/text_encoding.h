@@ -1,0 +1,36 @@
+#pragma once
+// Conversions between the wide text the system holds and the byte forms it
+// reads and writes (UTF-8 and UTF-16LE). wchar_t is a UTF-16 unit on Windows
+// and a whole code point elsewhere; these functions are right on both.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace cvas
+{
+
+// Wide text to UTF-8. A lone surrogate becomes U+FFFD.
+std::string WideToUtf8(std::wstring_view text);
+void AppendWideAsUtf8(std::wstring_view text, std::string& out);
+
+// UTF-8 to wide text. A byte that does not start or continue a well-formed
+// sequence is taken as the Latin-1 character of the same value, so text in
+// an older single-byte form still reads back character for character.
+std::wstring Utf8ToWide(std::string_view bytes);
+void AppendUtf8AsWide(std::string_view bytes, std::wstring& out);
+
+// Wide text to UTF-16LE bytes (two per unit, surrogate pairs above U+FFFF).
+std::string WideToUtf16Le(std::wstring_view text);
+
+// UTF-16LE bytes to wide text; an odd last byte is dropped. On platforms with
+// a 32-bit wchar_t, surrogate pairs are joined and a lone surrogate becomes
+// U+FFFD.
+std::wstring Utf16LeToWide(std::string_view bytes);
+
+// Latin-1 (one byte a character) to wide text and back; characters above
+// U+00FF become '?'.
+std::wstring Latin1ToWide(std::string_view bytes);
+std::string WideToLatin1(std::wstring_view text);
+
+} // namespace cvas
