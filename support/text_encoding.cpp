@@ -1,6 +1,7 @@
 #include "support/text_encoding.h"
 
 #include <cstdint>
+#include <cstring>
 
 namespace cvas
 {
@@ -10,47 +11,56 @@ namespace
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr bool kWide16 = sizeof(wchar_t) == 2;
 
-bool IsHighSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
-bool IsLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
+bool IsHighSurrogate(char32_t c)
+{
+    return c >= 0xD800 && c <= 0xDBFF;
+}
+bool IsLowSurrogate(char32_t c)
+{
+    return c >= 0xDC00 && c <= 0xDFFF;
+}
 
-void AppendCodePointAsUtf8(char32_t c, std::string& out)
+// Writes the UTF-8 form of a code point (at most U+10FFFF) and returns its length.
+std::size_t EncodeUtf8(char32_t c, char* out)
 {
     if (c < 0x80)
     {
-        out.push_back(static_cast<char>(c));
+        out[0] = static_cast<char>(c);
+        return 1;
     }
-    else if (c < 0x800)
+    if (c < 0x800)
     {
-        out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+        out[0] = static_cast<char>(0xC0 | (c >> 6));
+        out[1] = static_cast<char>(0x80 | (c & 0x3F));
+        return 2;
     }
-    else if (c < 0x10000)
+    if (c < 0x10000)
     {
-        out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+        out[0] = static_cast<char>(0xE0 | (c >> 12));
+        out[1] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out[2] = static_cast<char>(0x80 | (c & 0x3F));
+        return 3;
     }
-    else
-    {
-        out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    }
+    out[0] = static_cast<char>(0xF0 | (c >> 18));
+    out[1] = static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+    out[2] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+    out[3] = static_cast<char>(0x80 | (c & 0x3F));
+    return 4;
 }
 
-void AppendCodePointAsWide(char32_t c, std::wstring& out)
+// Writes a code point as one wide character, or as a surrogate pair where
+// wchar_t is a UTF-16 unit; returns the number of units written.
+std::size_t EncodeWide(char32_t c, wchar_t* out)
 {
     if (kWide16 && c >= 0x10000)
     {
         c -= 0x10000;
-        out.push_back(static_cast<wchar_t>(0xD800 + (c >> 10)));
-        out.push_back(static_cast<wchar_t>(0xDC00 + (c & 0x3FF)));
+        out[0] = static_cast<wchar_t>(0xD800 + (c >> 10));
+        out[1] = static_cast<wchar_t>(0xDC00 + (c & 0x3FF));
+        return 2;
     }
-    else
-    {
-        out.push_back(static_cast<wchar_t>(c));
-    }
+    out[0] = static_cast<wchar_t>(c);
+    return 1;
 }
 
 // Decodes one well-formed UTF-8 sequence of two or more bytes starting at
@@ -89,18 +99,104 @@ std::size_t DecodeMultiByte(const unsigned char* p, std::size_t left, char32_t& 
     return length;
 }
 
+// Whether the bytes from p to the end could still become a well-formed
+// sequence if more bytes followed.
+bool IsCutOffSequence(const unsigned char* p, std::size_t left)
+{
+    const unsigned char b0 = p[0];
+    const std::size_t length = b0 >= 0xF0 ? 4 : b0 >= 0xE0 ? 3 : 2;
+    if (b0 < 0xC2 || b0 > 0xF4 || left >= length)
+        return false;
+    for (std::size_t i = 1; i < left; ++i)
+    {
+        if ((p[i] & 0xC0) != 0x80)
+            return false;
+    }
+    return true;
+}
+
+// Decodes bytes onto out through a small buffer that stays in cache. Unless
+// final, a sequence cut off by the end of bytes is left for the next piece.
+// Returns the number of bytes decoded.
+std::size_t DecodeUtf8(std::string_view bytes, std::wstring& out, bool final)
+{
+    constexpr std::size_t kBlock = 4096;
+    wchar_t buffer[kBlock + 2];
+    out.reserve(out.size() + bytes.size());
+    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
+    const std::size_t n = bytes.size();
+    std::size_t used = 0;
+    std::size_t i = 0;
+    while (i < n)
+    {
+        if (used >= kBlock)
+        {
+            out.append(buffer, used);
+            used = 0;
+        }
+        // Runs of ASCII, eight bytes at a time.
+        while (i + 8 <= n && used + 8 <= kBlock)
+        {
+            std::uint64_t word;
+            std::memcpy(&word, p + i, 8);
+            if (word & 0x8080808080808080ull)
+                break;
+            for (int k = 0; k < 8; ++k)
+                buffer[used + k] = static_cast<wchar_t>(p[i + k]);
+            used += 8;
+            i += 8;
+        }
+        if (i >= n || used >= kBlock)
+            continue;
+        if (p[i] < 0x80)
+        {
+            buffer[used++] = static_cast<wchar_t>(p[i++]);
+            continue;
+        }
+        char32_t c = 0;
+        const std::size_t length = DecodeMultiByte(p + i, n - i, c);
+        if (length == 0)
+        {
+            if (!final && IsCutOffSequence(p + i, n - i))
+                break;
+            buffer[used++] = static_cast<wchar_t>(p[i++]);
+            continue;
+        }
+        used += EncodeWide(c, buffer + used);
+        i += length;
+    }
+    out.append(buffer, used);
+    return i;
+}
+
 } // namespace
+
+void AppendCodePointAsWide(char32_t c, std::wstring& out)
+{
+    wchar_t units[2];
+    out.append(units, EncodeWide(c, units));
+}
 
 void AppendWideAsUtf8(std::wstring_view text, std::string& out)
 {
+    // Encodes through a small buffer that stays in cache and is appended in
+    // one piece: much faster on long texts than growing out byte by byte.
+    constexpr std::size_t kBlock = 4096;
+    char buffer[kBlock + 4];
     out.reserve(out.size() + text.size());
     const std::size_t n = text.size();
+    std::size_t used = 0;
     for (std::size_t i = 0; i < n; ++i)
     {
+        if (used >= kBlock)
+        {
+            out.append(buffer, used);
+            used = 0;
+        }
         char32_t c = static_cast<char32_t>(text[i]);
         if (c < 0x80)
         {
-            out.push_back(static_cast<char>(c));
+            buffer[used++] = static_cast<char>(c);
             continue;
         }
         if (IsHighSurrogate(c) && kWide16 && i + 1 < n &&
@@ -113,8 +209,9 @@ void AppendWideAsUtf8(std::wstring_view text, std::string& out)
         {
             c = kReplacement;
         }
-        AppendCodePointAsUtf8(c, out);
+        used += EncodeUtf8(c, buffer + used);
     }
+    out.append(buffer, used);
 }
 
 std::string WideToUtf8(std::wstring_view text)
@@ -124,31 +221,14 @@ std::string WideToUtf8(std::wstring_view text)
     return out;
 }
 
+std::size_t AppendUtf8AsWidePartial(std::string_view bytes, std::wstring& out)
+{
+    return DecodeUtf8(bytes, out, false);
+}
+
 void AppendUtf8AsWide(std::string_view bytes, std::wstring& out)
 {
-    out.reserve(out.size() + bytes.size());
-    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
-    const std::size_t n = bytes.size();
-    std::size_t i = 0;
-    while (i < n)
-    {
-        if (p[i] < 0x80)
-        {
-            out.push_back(static_cast<wchar_t>(p[i]));
-            ++i;
-            continue;
-        }
-        char32_t c = 0;
-        const std::size_t length = DecodeMultiByte(p + i, n - i, c);
-        if (length == 0)
-        {
-            out.push_back(static_cast<wchar_t>(p[i]));
-            ++i;
-            continue;
-        }
-        AppendCodePointAsWide(c, out);
-        i += length;
-    }
+    DecodeUtf8(bytes, out, true);
 }
 
 std::wstring Utf8ToWide(std::string_view bytes)

@@ -20,6 +20,15 @@ void AppendWideAsUtf8(std::wstring_view text, std::string& out);
 std::wstring Utf8ToWide(std::string_view bytes);
 void AppendUtf8AsWide(std::string_view bytes, std::wstring& out);
 
+// For text read in pieces: decodes like AppendUtf8AsWide but stops before a
+// sequence that the end of bytes cuts off (at most three bytes), so that the
+// next piece can complete it. Returns the number of bytes decoded.
+std::size_t AppendUtf8AsWidePartial(std::string_view bytes, std::wstring& out);
+
+// One code point (at most U+10FFFF) as wide text: a surrogate pair above
+// U+FFFF where wchar_t is a UTF-16 unit.
+void AppendCodePointAsWide(char32_t c, std::wstring& out);
+
 // Wide text to UTF-16LE bytes (two per unit, surrogate pairs above U+FFFF).
 std::string WideToUtf16Le(std::wstring_view text);
 

@@ -1,0 +1,25 @@
+#pragma once
+// How tag and attribute names are delimited and compared.
+
+#include <cstddef>
+#include <string_view>
+
+namespace cvas
+{
+
+// A tag's name, as paths and end tags match it, starts after "<" and ends at
+// white space or one of "<>=\/?!".
+std::size_t XmlTagNameLength(std::wstring_view tagText);
+
+// Whether two names have the same characters; with ignoreCase the ASCII
+// letters match without regard to case (other characters must be equal, so
+// the result is the same whatever the C runtime's locale).
+bool XmlNamesEqual(std::wstring_view a, std::wstring_view b, bool ignoreCase);
+
+// Looks for the named attribute in the text of a tag after its name
+// (attributes are name="value", name='value', name=value or a bare name);
+// on success gives the value as written, without its quotes.
+bool FindXmlAttribute(std::wstring_view attributes, std::wstring_view name, bool ignoreCase,
+                      std::wstring_view& value);
+
+} // namespace cvas
