@@ -46,6 +46,31 @@ void Walk(CXmlDocument& document, int depth)
     }
 }
 
+void DumpCurrent(CXmlDocument& document, int depth, std::wstring& out);
+
+// The elements after the current position and below them as text: names,
+// data and nesting, the way navigation sees them.
+void Dump(CXmlDocument& document, int depth, std::wstring& out)
+{
+    while (document.FindElem())
+        DumpCurrent(document, depth, out);
+}
+
+void DumpCurrent(CXmlDocument& document, int depth, std::wstring& out)
+{
+    out += document.GetTagName();
+    out += L'(';
+    out += document.GetData();
+    out += L')';
+    if (depth < kMaxDepth && document.IntoElem())
+    {
+        out += L'{';
+        Dump(document, depth + 1, out);
+        out += L'}';
+        Check(document.OutOfElem());
+    }
+}
+
 // Takes a piece of the input for a name or a value.
 std::wstring_view Slice(std::wstring_view text, std::size_t& at, std::size_t length)
 {
@@ -118,5 +143,50 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::wstring edited = document.GetDoc();
     document.SetDoc(edited);
     Walk(document, 0);
+
+    // Into a well-formed document, elements with plain names: the element
+    // table kept up by the insertions must agree with a parse of the result.
+    CXmlDocument original;
+    original.SetDocFlags(document.GetDocFlags() & kXmlDocIgnoreCase);
+    if (!original.SetDoc(text))
+        return 0;
+    std::size_t from = 0;
+    for (int step = 0; step < 8; ++step)
+    {
+        const std::wstring name = L"n" + std::to_wstring(step);
+        const std::wstring value(Slice(text, from, static_cast<std::size_t>(step)));
+        const int flags = ((editing >> step) & 1) ? kXmlAddCdata : 0;
+        switch ((control >> 2) + step & 3)
+        {
+        case 0:
+            (void)original.FindElem(L"//*");
+            (void)original.AddChildElem(name, value, flags);
+            break;
+        case 1:
+            (void)original.FindChildElem();
+            (void)original.AddElem(name, value, flags);
+            break;
+        case 2:
+            (void)original.IntoElem();
+            (void)original.AddElem(name, value, flags);
+            break;
+        default:
+            (void)original.OutOfElem();
+            (void)original.AddChildElem(name, value, flags);
+            break;
+        }
+    }
+    CXmlDocument reparsed;
+    reparsed.SetDocFlags(original.GetDocFlags() & kXmlDocIgnoreCase);
+    reparsed.SetDoc(original.GetDoc());
+    std::wstring parsed;
+    Dump(reparsed, 0, parsed);
+    std::wstring kept;
+    if (original.FindElem(L"/*"))
+    {
+        DumpCurrent(original, 0, kept);
+        Dump(original, 0, kept);
+    }
+    Check(kept == parsed);
     return 0;
 }

@@ -105,6 +105,8 @@ bool CXmlDocument::Insert(std::wstring_view name, std::wstring_view value, int f
              m_text.compare(parentRecord.start + parentRecord.length - 2, 2, L"/>") == 0)
     {
         // An empty parent "<p/>" becomes "<p>", line break, the child, "</p>".
+        // "<p />" loses its space too; a "/" left last keeps a space after it,
+        // or the tag would read as empty again.
         std::wstring_view open =
             std::wstring_view(m_text).substr(parentRecord.start, parentRecord.length - 2);
         while (open.size() > 1 && IsXmlSpace(open.back()))
@@ -112,6 +114,8 @@ bool CXmlDocument::Insert(std::wstring_view name, std::wstring_view value, int f
         std::wstring replacement;
         replacement.reserve(open.size() + markup.size() + TagName(parent).size() + 8);
         replacement += open;
+        if (open.back() == L'/')
+            replacement += L' ';
         replacement += L'>';
         const std::size_t openLength = replacement.size();
         replacement += kLineBreak;

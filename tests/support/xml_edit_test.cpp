@@ -92,6 +92,15 @@ TEST(XmlEdit, ChildOfAnEmptyOrTextParent)
     ASSERT_TRUE(document.OutOfElem());
     EXPECT_EQ(document.GetAttrib(L"a"), L"1");
     EXPECT_TRUE(document.SetDoc(std::wstring(document.GetDoc())));
+
+    // A "/" that ends what is left of the tag keeps a space after it, or the
+    // rewritten tag would read as empty again.
+    ASSERT_TRUE(document.SetDoc(L"<r><q x=a/ /></r>"));
+    ASSERT_TRUE(document.FindElem(L"/r/q"));
+    ASSERT_TRUE(document.AddChildElem(L"c"));
+    EXPECT_EQ(document.GetDoc(), L"<r><q x=a/ >\r\n<c/>\r\n</q></r>");
+    EXPECT_TRUE(document.SetDoc(std::wstring(document.GetDoc())));
+    EXPECT_TRUE(document.FindElem(L"/r/q/c"));
 }
 
 TEST(XmlEdit, FlagsOfAdd)
