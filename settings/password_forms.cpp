@@ -116,6 +116,22 @@ std::wstring EncodePassword(std::wstring_view password)
     return L"!" + Latin1ToWide(std::string_view(lines).substr(2));
 }
 
+std::wstring EncodePasswordForSettingsFile(std::wstring_view password)
+{
+    const std::wstring stored = EncodePassword(password);
+    std::wstring oneLine;
+    oneLine.reserve(stored.size());
+    for (std::size_t i = 0; i < stored.size(); ++i)
+    {
+        const bool innerBreak = stored.compare(i, 2, L"\r\n") == 0 && i + 2 < stored.size();
+        if (innerBreak)
+            ++i;
+        else
+            oneLine.push_back(stored[i]);
+    }
+    return oneLine;
+}
+
 std::wstring DecodePassword(std::wstring_view stored)
 {
     if (stored.empty())

@@ -22,6 +22,13 @@ std::string DecodeBase64(std::string_view text, std::size_t maxBytes);
 // its opening CR LF. An empty password is stored empty.
 std::wstring EncodePassword(std::wstring_view password);
 
+// The stored form as one line of the settings file. The encoder breaks its
+// output every 64 characters, but a private-profile value ends at the first
+// line break, so a password of more than 24 characters would come back cut.
+// The inner breaks are left out (the decoder skips them anyway); a break at
+// the very end stays, as the encoder wrote it.
+std::wstring EncodePasswordForSettingsFile(std::wstring_view password);
+
 // The clear password from any stored form.
 std::wstring DecodePassword(std::wstring_view stored);
 

@@ -25,15 +25,25 @@ TEST(PasswordForms, EveryStoredFormReadsBack)
 {
     for (const std::wstring& password : std::initializer_list<std::wstring>{
              L"a", L"ab", L"abc", L"s3cr3t pass", L"\x041F\x0430\x0440\x043E\x043B\x044C",
-          L"\x5742\x672C", std::wstring(25, L'x'), std::wstring(100, L'z')})
+             L"\x5742\x672C", std::wstring(25, L'x'), std::wstring(100, L'z')})
     {
         EXPECT_EQ(DecodePassword(EncodePassword(password)), password);
     }
     // A character above U+FFFF survives as its surrogate pair.
-    const std::wstring emoji = sizeof(wchar_t) == 2 ? std::wstring(L"\xD83D\xDE00")
-                                                    : std::wstring(1, static_cast<wchar_t>(0x1F600));
+    const std::wstring emoji = sizeof(wchar_t) == 2
+                                   ? std::wstring(L"\xD83D\xDE00")
+                                   : std::wstring(1, static_cast<wchar_t>(0x1F600));
     EXPECT_EQ(EncodePassword(emoji), L"!PdgA3g==\r\n");
     EXPECT_EQ(DecodePassword(L"!PdgA3g=="), emoji);
+}
+
+TEST(PasswordForms, SettingsFileFormKeepsOnlyTheClosingLineBreak)
+{
+    EXPECT_EQ(EncodePasswordForSettingsFile(L"a"), L"!YQA=\r\n");
+    const std::wstring line(L"eAB4AHgAeAB4AHgAeAB4AHgAeAB4AHgAeAB4AHgAeAB4AHgAeAB4AHgAeAB4AHgA");
+    EXPECT_EQ(EncodePasswordForSettingsFile(std::wstring(25, L'x')), L"!" + line + L"eAA=\r\n");
+    EXPECT_EQ(DecodePassword(EncodePasswordForSettingsFile(std::wstring(25, L'x'))),
+              std::wstring(25, L'x'));
 }
 
 TEST(PasswordForms, LegacyHexAndClearForms)

@@ -1,0 +1,178 @@
+#include "support/log_file.h"
+
+#include "support/log_lines.h"
+#include "support/text_encoding.h"
+#include "support/wide_format.h"
+
+#include <commctrl.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace cvas
+{
+namespace
+{
+
+// The writer's working buffer: a longer message is cut to 2047 characters.
+constexpr std::size_t kWorkingBufferChars = 2048;
+constexpr char kUtf8Mark[] = "\xEF\xBB\xBF";
+
+struct FileCloser
+{
+    void operator()(FILE* file) const { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<FILE, FileCloser>;
+
+LogTime LocalLogTime()
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    return {now.wYear,   now.wMonth,  now.wDay,         now.wHour,
+            now.wMinute, now.wSecond, now.wMilliseconds};
+}
+
+void PostOwnedLine(HWND view, WPARAM wParam, const std::wstring& line)
+{
+    auto copy = std::make_unique<std::wstring>(line);
+    if (PostMessageW(view, kViewAddLineMessage, wParam, reinterpret_cast<LPARAM>(copy.get())))
+        copy.release(); // the view window owns it now
+}
+
+} // namespace
+
+CLogFile::CLogFile(std::wstring fileName, int lineLimit)
+    : m_fileName(std::move(fileName)), m_lineLimit(lineLimit)
+{
+}
+
+void CLogFile::SetViewWindow(HWND view)
+{
+    CLock lock(m_lock);
+    m_viewWindow = view;
+    m_viewFilled = false;
+}
+
+void CLogFile::Write(unsigned number, const wchar_t* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    const std::wstring text = FormatWideV(kWorkingBufferChars, format, args);
+    va_end(args);
+    WriteText(number, text);
+}
+
+void CLogFile::WriteText(unsigned number, std::wstring_view text)
+{
+    CLock lock(m_lock);
+    WriteLocked(number, text);
+}
+
+void CLogFile::WriteCounted(std::atomic<unsigned>& counter, std::wstring_view text)
+{
+    CLock lock(m_lock);
+    WriteLocked(++counter, text);
+}
+
+void CLogFile::WriteLocked(unsigned number, std::wstring_view text)
+{
+    text = text.substr(0, kWorkingBufferChars - 1);
+    const std::wstring prefix = LogLinePrefix(LocalLogTime(), number);
+    std::vector<std::wstring> newLines = SplitMessageLines(text);
+    for (std::wstring& line : newLines)
+        line.insert(0, prefix);
+    const std::vector<std::wstring> oldLines = ReadOldLines();
+    WriteLines(newLines, oldLines);
+    if (m_viewWindow != nullptr)
+        UpdateView(newLines, oldLines);
+}
+
+// Old lines are UTF-8 after a three-byte mark; the first three bytes are
+// skipped whatever they are. A file that cannot be read counts as empty.
+std::vector<std::wstring> CLogFile::ReadOldLines() const
+{
+    std::vector<std::wstring> oldLines;
+    FileHandle file(_wfopen(m_fileName.c_str(), L"rb"));
+    if (!file)
+        return oldLines;
+    char mark[3];
+    if (std::fread(mark, 1, sizeof mark, file.get()) < sizeof mark)
+        return oldLines;
+
+    const std::size_t maxLines = static_cast<std::size_t>(m_lineLimit);
+    std::string rawLine;
+    std::wstring line;
+    char chunk[65536];
+    bool atEnd = false;
+    while (!atEnd && oldLines.size() < maxLines)
+    {
+        const std::size_t got = std::fread(chunk, 1, sizeof chunk, file.get());
+        atEnd = got < sizeof chunk;
+        std::size_t start = 0;
+        while (start < got && oldLines.size() < maxLines)
+        {
+            const void* feed = std::memchr(chunk + start, '\n', got - start);
+            const std::size_t end =
+                feed ? static_cast<std::size_t>(static_cast<const char*>(feed) - chunk) + 1 : got;
+            rawLine.append(chunk + start, end - start);
+            start = end;
+            if (feed)
+            {
+                line.clear();
+                AppendUtf8AsWide(rawLine, line);
+                AppendOldLinePieces(line, maxLines, oldLines);
+                rawLine.clear();
+            }
+        }
+    }
+    if (!rawLine.empty() && oldLines.size() < maxLines)
+        AppendOldLinePieces(Utf8ToWide(rawLine), maxLines, oldLines);
+    return oldLines;
+}
+
+void CLogFile::WriteLines(const std::vector<std::wstring>& newLines,
+                          const std::vector<std::wstring>& oldLines) const
+{
+    std::string bytes = kUtf8Mark;
+    std::size_t written = 0;
+    const std::size_t limit = static_cast<std::size_t>(m_lineLimit);
+    for (const auto* lines : {&newLines, &oldLines})
+    {
+        for (const std::wstring& line : *lines)
+        {
+            if (written == limit)
+                break;
+            AppendWideAsUtf8(line, bytes);
+            bytes += "\r\n"; // what a line feed becomes in a text file
+            ++written;
+        }
+    }
+    FileHandle file(_wfopen(m_fileName.c_str(), L"wb"));
+    if (!file)
+        return; // this message is lost; a log never reports its own failures
+    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+}
+
+void CLogFile::UpdateView(const std::vector<std::wstring>& newLines,
+                          const std::vector<std::wstring>& oldLines)
+{
+    if (m_viewFilled)
+    {
+        const auto& lines = newLines.empty() ? oldLines : newLines;
+        if (!lines.empty())
+            PostOwnedLine(m_viewWindow, static_cast<WPARAM>(m_lineLimit), lines.front());
+        return;
+    }
+    // Sent, not posted: the view is empty before the refill begins.
+    SendMessageW(m_viewWindow, LVM_DELETEALLITEMS, 0, 0);
+    PostMessageW(m_viewWindow, kViewRefillMessage, 0, 0);
+    for (const auto* lines : {&newLines, &oldLines})
+        for (const std::wstring& line : *lines)
+            PostOwnedLine(m_viewWindow, 0, line);
+    PostMessageW(m_viewWindow, kViewRefillMessage, 1, 0);
+    m_viewFilled = true;
+}
+
+} // namespace cvas

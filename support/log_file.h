@@ -1,0 +1,60 @@
+#pragma once
+// One log file: newest lines first, at most a line limit of them, each
+// behind a dated and numbered prefix. Every message reads the old lines and
+// writes the whole file again.
+
+#include <windows.h>
+
+#include <atomic>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/critical_section.h"
+
+namespace cvas
+{
+
+// Messages posted to a log's view window; each line travels as a heap
+// std::wstring whose ownership passes to the window.
+constexpr UINT kViewRefillMessage = WM_USER + 3;  // wParam 0: refill begins, 1: complete
+constexpr UINT kViewAddLineMessage = WM_USER + 4; // wParam 0 or the line limit
+
+class CLogFile
+{
+public:
+    CLogFile(std::wstring fileName, int lineLimit);
+    virtual ~CLogFile() = default;
+    CLogFile(const CLogFile&) = delete;
+    CLogFile& operator=(const CLogFile&) = delete;
+
+    const std::wstring& FileName() const { return m_fileName; }
+    int LineLimit() const { return m_lineLimit; }
+
+    // The window that shows this log, or null; it is filled on the next write.
+    void SetViewWindow(HWND view);
+
+    // Formats printf-style (use %ls for wide strings) and writes the text
+    // with the given number in its prefix.
+    void Write(unsigned number, const wchar_t* format, ...);
+    void WriteText(unsigned number, std::wstring_view text);
+    // Writes the text numbered with the counter's next value, taken under
+    // this log's lock so that the file's numbers follow the order of writing.
+    void WriteCounted(std::atomic<unsigned>& counter, std::wstring_view text);
+
+private:
+    void WriteLocked(unsigned number, std::wstring_view text);
+    std::vector<std::wstring> ReadOldLines() const;
+    void WriteLines(const std::vector<std::wstring>& newLines,
+                    const std::vector<std::wstring>& oldLines) const;
+    void UpdateView(const std::vector<std::wstring>& newLines,
+                    const std::vector<std::wstring>& oldLines);
+
+    const std::wstring m_fileName;
+    const int m_lineLimit;
+    HWND m_viewWindow = nullptr;
+    bool m_viewFilled = false;
+    CCriticalSection m_lock;
+};
+
+} // namespace cvas

@@ -1,0 +1,18 @@
+#pragma once
+// printf-style formatting of wide text into a buffer of fixed size, the way
+// every message of the system is made. Use %ls for wide strings and %hs for
+// narrow ones: that reads the same on every compiler.
+
+#include <cstdarg>
+#include <cstddef>
+#include <string>
+
+namespace cvas
+{
+
+// The formatted text, cut to bufferChars - 1 characters when it is longer.
+// A format that cannot be applied gives the format itself.
+std::wstring FormatWideV(std::size_t bufferChars, const wchar_t* format, va_list args);
+std::wstring FormatWide(std::size_t bufferChars, const wchar_t* format, ...);
+
+} // namespace cvas

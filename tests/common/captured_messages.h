@@ -1,0 +1,24 @@
+#pragma once
+// Message boxes captured instead of shown.
+
+#include <string>
+#include <vector>
+
+namespace cvas::test
+{
+
+struct CapturedMessage
+{
+    std::wstring text;
+    std::wstring caption;
+    unsigned style;
+};
+
+// Installs the capturing handler (the test main does this first of all).
+void InstallMessageCapture();
+// Takes the boxes captured so far, oldest first, and forgets them.
+std::vector<CapturedMessage> TakeCapturedMessages();
+// What the next captured boxes answer (IDOK until changed).
+void SetCapturedAnswer(int answer);
+
+} // namespace cvas::test
