@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the three presets, runs the native tests,
+# the Windows tests under Wine (inside Xvfb, for the tests that need a
+# display) and a short fuzz run, then prints the counts. Exits non-zero on
+# any failure.
+set -uo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root"
+start=$(date +%s)
+
+step() { printf '\n=== %s\n' "$*"; }
+fail() { echo "test.sh: $*" >&2; exit 1; }
+
+step "bootstrap"
+./scripts/bootstrap.sh || fail "bootstrap failed"
+
+jobs=$(nproc)
+for preset in native win64 win32; do
+  step "configure and build: $preset"
+  cmake --preset "$preset" >"build-$preset.configure.log" 2>&1 \
+    || { cat "build-$preset.configure.log"; fail "configure $preset failed"; }
+  rm -f "build-$preset.configure.log"
+  cmake --build --preset "$preset" -j"$jobs" || fail "build $preset failed"
+done
+
+status=0
+step "native tests"
+ctest --preset native -j"$jobs" || status=1
+
+step "Windows tests under Wine"
+export WINEDEBUG=-all
+xvfb-run -a -s "-screen 0 1280x1024x24" ctest --preset win64 -j"$jobs" || status=1
+WINEPREFIX="$root/build/win64/wineprefix" /usr/lib/wine/wineserver -k 2>/dev/null || true
+
+step "fuzz smoke run"
+fuzz_seconds=${CVAS_FUZZ_SECONDS:-60}
+./scripts/fuzz.sh "$fuzz_seconds" || status=1
+
+# The test cases GoogleTest ran, read from ctest's own logs.
+count_cases() { # LOG WORD
+  grep -hoE "^\[  $2  \] [0-9]+ tests?" "$1" 2>/dev/null | awk '{s += $(NF-1)} END {print s + 0}'
+}
+native_log=build/native/Testing/Temporary/LastTest.log
+wine_log=build/win64/Testing/Temporary/LastTest.log
+native_passed=$(count_cases "$native_log" PASSED)
+native_failed=$(count_cases "$native_log" FAILED)
+wine_passed=$(count_cases "$wine_log" PASSED)
+wine_failed=$(count_cases "$wine_log" FAILED)
+
+step "summary"
+echo "native:      $native_passed test cases passed, $native_failed failed"
+echo "win64/Wine:  $wine_passed test cases passed, $wine_failed failed"
+echo "fuzz smoke:  ${fuzz_seconds}s per target"
+echo "wall time:   $(( $(date +%s) - start ))s"
+[ "$native_passed" -gt 0 ] && [ "$wine_passed" -gt 0 ] || { echo "no tests ran" >&2; status=1; }
+[ $((native_failed + wine_failed)) -eq 0 ] || status=1
+[ $status -eq 0 ] || echo "SOME CHECKS FAILED" >&2
+echo "$((native_passed + wine_passed)) passed, $((native_failed + wine_failed)) failed"
+exit $status
