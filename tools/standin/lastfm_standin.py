@@ -1,0 +1,399 @@
+#!/usr/bin/env python3
+"""A local stand-in for the Last.fm services the plug-in talks to.
+
+It answers the protocol 1.1 handshake and the submissions, serves the two
+web-service feeds from a folder of fixture documents, and misbehaves on
+request, so that tests and demos never reach the internet. It listens on
+127.0.0.1 only, prints the port it bound as its first line of output and
+stops by itself after its lifetime.
+
+This is an implementation of its own, written from the protocol; it shares
+nothing with the plug-in, so that one mistake cannot hide on both sides.
+
+Scripted answers are consumed one per request, in order, separately for
+handshakes and for submissions; when a list runs dry the service behaves.
+An action is a word, some with an argument after a colon:
+
+  ok             the normal answer
+  update:URL     "UPDATE URL" in front of a normal handshake answer
+  failed:REASON  "FAILED REASON"
+  badauth        "BADAUTH"
+  baduser        "BADUSER"
+  two-lines      handshake: "UPTODATE" and the challenge only
+  no-port        handshake: a submission URL without a port
+  leading-slash  handshake: a submission URL that begins with "/"
+  crlf           the normal answer with CR LF and blank lines between lines
+  interval:N     the normal answer followed by "INTERVAL N"
+  ok-late        submission: "OK" on a line after another line
+  delay:SECONDS  wait, then give the normal answer
+  hang           accept the request and never answer
+  drop           close the connection without answering
+  huge           a body of 1,000,000 bytes without a line break
+  binary         a body of bytes 0 to 255, NUL included
+  raw:TEXT       exactly TEXT (backslash escapes such as \\n are decoded)
+
+The control endpoint (GET, query parameters):
+  /control/reset                      forget scripts and requests, empty the files
+  /control/script?handshake=A&submit=B  append actions (each parameter repeatable)
+  /control/user?name=N&password=P     add or change a user
+  /control/requests                   every request so far, one JSON object a line
+"""
+
+import argparse
+import hashlib
+import json
+import os
+import secrets
+import sys
+import threading
+import urllib.parse
+from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
+
+SUBMISSION_PATH = "/protocol_1.1"
+HUGE_BODY_BYTES = 1_000_000
+FEED_ROUTES = ("friends.xml", "recenttracks.xml")
+
+
+def md5_hex(data):
+    return hashlib.md5(data).hexdigest()
+
+
+class ServiceState:
+    """What the service knows: users, sessions, scripts, and what it saw."""
+
+    def __init__(self, users, record_path, journal_path, feeds_folder):
+        self.lock = threading.Lock()
+        self.users = dict(users)
+        self.sessions = {}  # user name -> the challenge of its latest handshake
+        self.scripts = {"handshake": [], "submit": []}
+        self.requests = []
+        self.record_path = record_path
+        self.journal_path = journal_path
+        self.feeds_folder = feeds_folder
+        self.stopping = threading.Event()
+        self._truncate_files()
+
+    def _truncate_files(self):
+        for path in (self.record_path, self.journal_path):
+            if path:
+                with open(path, "w", encoding="utf-8"):
+                    pass
+
+    def reset(self):
+        with self.lock:
+            self.sessions.clear()
+            self.scripts = {"handshake": [], "submit": []}
+            self.requests.clear()
+            self._truncate_files()
+
+    def next_action(self, kind):
+        with self.lock:
+            script = self.scripts[kind]
+            return script.pop(0) if script else "ok"
+
+    def add_actions(self, kind, actions):
+        with self.lock:
+            self.scripts[kind].extend(actions)
+
+    def note_request(self, entry):
+        line = json.dumps(entry, ensure_ascii=False, separators=(",", ":"))
+        with self.lock:
+            self.requests.append(line)
+            if self.journal_path:
+                with open(self.journal_path, "a", encoding="utf-8") as journal:
+                    journal.write(line + "\n")
+
+    def record_play(self, play):
+        line = json.dumps(play, ensure_ascii=False, separators=(",", ":"))
+        with self.lock:
+            if self.record_path:
+                with open(self.record_path, "a", encoding="utf-8") as record:
+                    record.write(line + "\n")
+
+
+def split_action(action):
+    word, _, argument = action.partition(":")
+    return word, argument
+
+
+def decode_escapes(text):
+    return text.encode("latin-1", "backslashreplace").decode("unicode_escape").encode("latin-1")
+
+
+class Handler(BaseHTTPRequestHandler):
+    protocol_version = "HTTP/1.1"
+    server_version = "StandIn/1.0"
+
+    # The state is the server's; every handler thread shares it.
+    @property
+    def state(self):
+        return self.server.state
+
+    def log_message(self, format, *args):  # noqa: A002 - the base class's name
+        if self.server.verbose:
+            sys.stderr.write("standin: " + (format % args) + "\n")
+
+    # Routing
+
+    def do_GET(self):
+        url = urllib.parse.urlsplit(self.path)
+        if url.path.startswith("/control/"):
+            self.control(url)
+        elif url.path.startswith("/1.0/user/") and url.path.endswith(FEED_ROUTES):
+            self.feed(url)
+        elif urllib.parse.parse_qs(url.query).get("hs") == ["true"]:
+            self.handshake(url)
+        else:
+            self.note("other", url, b"", "404")
+            self.answer(b"Not found\n", status=404)
+
+    def do_POST(self):
+        url = urllib.parse.urlsplit(self.path)
+        length = int(self.headers.get("Content-Length") or 0)
+        body = self.rfile.read(length) if length > 0 else b""
+        if url.path == SUBMISSION_PATH:
+            self.submission(url, body)
+        else:
+            self.note("other", url, body, "404")
+            self.answer(b"Not found\n", status=404)
+
+    # Answers
+
+    def answer(self, body, status=200):
+        self.send_response(status)
+        self.send_header("Content-Type", "text/plain; charset=utf-8")
+        self.send_header("Content-Length", str(len(body)))
+        # Each handshake must bring a fresh challenge, never a cached one.
+        self.send_header("Cache-Control", "no-cache, no-store")
+        self.send_header("Pragma", "no-cache")
+        self.end_headers()
+        self.wfile.write(body)
+
+    def misbehave(self, word, argument):
+        """Handles the actions common to every route; True when it answered."""
+        if word == "delay":
+            if self.state.stopping.wait(float(argument or "1")):
+                return True
+            return False
+        if word == "hang":
+            self.state.stopping.wait()
+            self.close_connection = True
+            return True
+        if word == "drop":
+            self.close_connection = True
+            self.connection.shutdown(2)
+            return True
+        if word == "huge":
+            self.answer(b"A" * HUGE_BODY_BYTES)
+            return True
+        if word == "binary":
+            self.answer(bytes(range(256)) * 4)
+            return True
+        if word == "raw":
+            self.answer(decode_escapes(argument))
+            return True
+        if word in ("failed", "badauth", "baduser"):
+            line = {"failed": "FAILED " + argument, "badauth": "BADAUTH", "baduser": "BADUSER"}
+            self.answer((line[word] + "\n").encode("utf-8"))
+            return True
+        return False
+
+    def note(self, kind, url, body, action):
+        self.state.note_request({
+            "kind": kind,
+            "path": url.path,
+            "query": url.query,
+            "body": body.decode("latin-1"),
+            "action": action,
+        })
+
+    # The handshake
+
+    def handshake(self, url):
+        action = self.state.next_action("handshake")
+        self.note("handshake", url, b"", action)
+        word, argument = split_action(action)
+        if self.misbehave(word, argument):
+            return
+        query = urllib.parse.parse_qs(url.query, keep_blank_values=True)
+        user = query.get("u", [""])[0]
+        if query.get("p") != ["1.1"]:
+            self.answer(b"FAILED Unsupported protocol version\n")
+            return
+        with self.state.lock:
+            known = user in self.state.users
+            challenge = secrets.token_hex(16)
+            if known:
+                self.state.sessions[user] = challenge
+        if not known:
+            self.answer(b"BADUSER\n")
+            return
+        host, port = self.server.server_address[:2]
+        submission_url = "http://%s:%d%s" % (host, port, SUBMISSION_PATH)
+        if word == "no-port":
+            submission_url = "http://%s%s" % (host, SUBMISSION_PATH)
+        elif word == "leading-slash":
+            submission_url = SUBMISSION_PATH
+        lines = ["UPTODATE", challenge, submission_url]
+        if word == "update":
+            lines[0] = "UPDATE " + (argument or "http://127.0.0.1/new-version")
+        elif word == "two-lines":
+            lines = lines[:2]
+        elif word == "interval":
+            lines.append("INTERVAL " + argument)
+        separator = "\r\n\r\n" if word == "crlf" else "\n"
+        self.answer((separator.join(lines) + "\n").encode("utf-8"))
+
+    # The submission
+
+    def submission(self, url, body):
+        action = self.state.next_action("submit")
+        self.note("submit", url, body, action)
+        word, argument = split_action(action)
+        if self.misbehave(word, argument):
+            return
+        # A form decoder: "+" is a blank, %XX are UTF-8 bytes.
+        form = urllib.parse.parse_qs(body.decode("latin-1"), keep_blank_values=True,
+                                     encoding="utf-8", errors="replace")
+        field = lambda key: form.get(key, [""])[0]  # noqa: E731
+        user = field("u")
+        with self.state.lock:
+            password = self.state.users.get(user)
+            challenge = self.state.sessions.get(user)
+        if password is None or challenge is None:
+            self.answer(b"BADAUTH\n")
+            return
+        expected = md5_hex((md5_hex(password.encode("utf-8")) + challenge).encode("utf-8"))
+        if field("s") != expected:
+            self.answer(b"BADAUTH\n")
+            return
+        self.state.record_play({
+            "user": user,
+            "artist": field("a[0]"),
+            "track": field("t[0]"),
+            "album": field("b[0]"),
+            "mbid": field("m[0]"),
+            "length": field("l[0]"),
+            "time": field("i[0]"),
+        })
+        if word == "interval":
+            self.answer(("OK\nINTERVAL %s\n" % argument).encode("utf-8"))
+        elif word == "ok-late":
+            self.answer(b"NOTICE\nOK\n")
+        elif word == "crlf":
+            self.answer(b"OK\r\n\r\n")
+        else:
+            self.answer(b"OK\n")
+
+    # The web-service feeds
+
+    def feed(self, url):
+        self.note("feed", url, b"", "ok")
+        parts = url.path.split("/")  # "", "1.0", "user", NAME, FILE
+        name = urllib.parse.unquote(parts[3]) if len(parts) == 5 else ""
+        folder = self.state.feeds_folder
+        candidate = os.path.join(folder, name, parts[-1]) if folder and name else ""
+        # Only files inside the fixture folder are ever served.
+        inside = candidate and os.path.realpath(candidate).startswith(
+            os.path.realpath(folder) + os.sep)
+        if inside and os.path.isfile(candidate):
+            with open(candidate, "rb") as document:
+                self.answer(document.read())
+        else:
+            self.answer(b"Error: no such user\n", status=404)
+
+    # The control endpoint
+
+    def control(self, url):
+        query = urllib.parse.parse_qs(url.query, keep_blank_values=True)
+        command = url.path[len("/control/"):]
+        if command == "reset":
+            self.state.reset()
+        elif command == "script":
+            self.state.add_actions("handshake", query.get("handshake", []))
+            self.state.add_actions("submit", query.get("submit", []))
+        elif command == "user":
+            with self.state.lock:
+                self.state.users[query.get("name", [""])[0]] = query.get("password", [""])[0]
+        elif command == "requests":
+            with self.state.lock:
+                text = "".join(line + "\n" for line in self.state.requests)
+            self.answer(text.encode("utf-8"))
+            return
+        else:
+            self.answer(b"unknown control command\n", status=404)
+            return
+        self.answer(b"done\n")
+
+
+class StandInServer(ThreadingHTTPServer):
+    daemon_threads = True
+    allow_reuse_address = True
+
+    def __init__(self, port, state, verbose=False):
+        self.state = state
+        self.verbose = verbose
+        super().__init__(("127.0.0.1", port), Handler)
+
+    def handle_error(self, request, client_address):
+        # A client that goes away in the middle is part of the tests.
+        if self.verbose:
+            super().handle_error(request, client_address)
+
+
+def parse_user(text):
+    name, separator, password = text.partition(":")
+    if not separator:
+        raise argparse.ArgumentTypeError("expected NAME:PASSWORD, got %r" % text)
+    return name, password
+
+
+def parse_arguments(argv):
+    parser = argparse.ArgumentParser(description="Local stand-in for the Last.fm services.")
+    parser.add_argument("--port", type=int, default=0, help="port on 127.0.0.1; 0 picks a free one")
+    parser.add_argument("--user", type=parse_user, action="append", default=[],
+                        metavar="NAME:PASSWORD", help="a known user (repeatable)")
+    parser.add_argument("--record", help="file that gets one JSON line per accepted play")
+    parser.add_argument("--journal", help="file that gets one JSON line per request")
+    parser.add_argument("--feeds", help="folder of fixture feeds: NAME/friends.xml, NAME/recenttracks.xml")
+    parser.add_argument("--lifetime", type=float, default=600.0,
+                        help="seconds after which the service stops by itself")
+    parser.add_argument("--handshake", action="append", default=[], metavar="ACTION",
+                        help="scripted handshake answer (repeatable, used in order)")
+    parser.add_argument("--submit", action="append", default=[], metavar="ACTION",
+                        help="scripted submission answer (repeatable, used in order)")
+    parser.add_argument("--port-file", help="also write the bound port into this file")
+    parser.add_argument("--verbose", action="store_true", help="log every request on stderr")
+    return parser.parse_args(argv)
+
+
+def serve(arguments):
+    state = ServiceState(arguments.user, arguments.record, arguments.journal, arguments.feeds)
+    state.add_actions("handshake", arguments.handshake)
+    state.add_actions("submit", arguments.submit)
+    server = StandInServer(arguments.port, state, arguments.verbose)
+    port = server.server_address[1]
+    print(port, flush=True)
+    if arguments.port_file:
+        with open(arguments.port_file + ".part", "w") as port_file:
+            port_file.write("%d\n" % port)
+        os.replace(arguments.port_file + ".part", arguments.port_file)
+
+    def stop_after_lifetime():
+        if not state.stopping.wait(arguments.lifetime):
+            state.stopping.set()
+            server.shutdown()
+
+    threading.Thread(target=stop_after_lifetime, daemon=True).start()
+    try:
+        server.serve_forever(poll_interval=0.1)
+    except KeyboardInterrupt:
+        pass
+    finally:
+        state.stopping.set()
+        server.server_close()
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(serve(parse_arguments(sys.argv[1:])))
