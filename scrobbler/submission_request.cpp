@@ -1,0 +1,47 @@
+#include "scrobbler/submission_request.h"
+
+namespace cvas
+{
+namespace
+{
+
+std::string_view UpToNul(std::string_view bytes)
+{
+    return bytes.substr(0, bytes.find('\0'));
+}
+
+} // namespace
+
+std::string BuildPostBody(std::string_view userUtf8, std::string_view sessionResponse,
+                          const CPlayWireForms& play)
+{
+    std::string body;
+    body.append("u=").append(userUtf8);
+    body.append("&s=").append(sessionResponse);
+    body.append("&a[0]=").append(UpToNul(play.artist));
+    body.append("&t[0]=").append(UpToNul(play.name));
+    body.append("&b[0]=").append(UpToNul(play.album));
+    body.append("&m[0]=");
+    body.append("&l[0]=").append(UpToNul(play.duration));
+    body.append("&i[0]=").append(UpToNul(play.time));
+    body.append("&");
+    return body;
+}
+
+CSubmissionVerdict JudgeSubmissionAnswer(const std::vector<std::string>& lines)
+{
+    CSubmissionVerdict verdict;
+    if (!lines.empty() && lines[0] == "OK")
+    {
+        verdict.succeeded = true;
+        return verdict;
+    }
+    for (const std::string& line : lines)
+    {
+        if (line.compare(0, 7, "FAILED ") == 0 || line == "BADAUTH")
+            verdict.refusals.push_back(line);
+    }
+    return verdict;
+}
+
+} // namespace cvas
