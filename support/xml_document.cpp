@@ -31,16 +31,25 @@ bool CXmlDocument::SetDoc(const wchar_t* text)
 
 bool CXmlDocument::SetDoc(std::wstring_view text)
 {
-    m_text.assign(text.data(), text.size());
+    const wchar_t* own = m_text.data();
+    if (text.data() >= own && text.data() <= own + m_text.size() && !text.empty())
+    {
+        const std::wstring copy(text); // the document's own text, or part of it
+        return SetDoc(std::wstring_view(copy));
+    }
     m_result.clear();
     m_flags &= ~kXmlDocModified;
-    return Parse();
+    // The text is copied while it is parsed, piece by piece.
+    m_text.clear();
+    m_text.reserve(text.size());
+    return Parse(text, true);
 }
 
 // Builds the element table; the first error follows the load description.
-bool CXmlDocument::Parse()
+bool CXmlDocument::Parse(std::wstring_view text, bool copyIntoText)
 {
-    const std::wstring error = m_builder.Build(m_text, IgnoresCase(), m_table);
+    const std::wstring error =
+        m_builder.Build(text, IgnoresCase(), m_table, copyIntoText ? &m_text : nullptr);
     if (!error.empty())
     {
         if (!m_result.empty())

@@ -89,7 +89,7 @@ public:
 private:
     friend CountedHandle<CXmlDocument> NewDocument();
 
-    bool Parse();
+    bool Parse(std::wstring_view text, bool copyIntoText);
     void ResetPositions();
     bool IgnoresCase() const { return (m_flags & kXmlDocIgnoreCase) != 0; }
 

@@ -37,8 +37,10 @@ std::wstring ErrorText(int error)
 constexpr std::wstring_view kUtf8Mark = L"UTF-8 BOM + ";
 constexpr std::wstring_view kUtf16Mark = L"UTF-16LE BOM + ";
 
-// Files are read and written in pieces of this many bytes or characters.
-constexpr std::size_t kPiece = 32768;
+// Files are read in pieces of this many bytes (few enough calls into the
+// system for a large file) and written in pieces of this many characters.
+constexpr std::size_t kReadPiece = 512 * 1024;
+constexpr std::size_t kWritePiece = 32768;
 
 } // namespace
 
@@ -63,7 +65,7 @@ void CXmlDocument::Load(const std::wstring& fileName)
     m_loadBuffer.clear();
     m_flags = flags & ~kXmlDocModified;
     m_result = std::move(description);
-    Parse();
+    Parse(m_text, false);
 }
 
 bool CXmlDocument::ReadFile(std::FILE* file, std::wstring& text, std::uint32_t& flags,
@@ -109,23 +111,24 @@ bool CXmlDocument::ReadFile(std::FILE* file, std::wstring& text, std::uint32_t& 
     text.reserve(static_cast<std::size_t>(size - start));
     // Decoded piece by piece; a sequence cut at the end of a piece is carried
     // to the front of the next.
-    char buffer[kPiece];
+    const std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(kReadPiece);
     std::size_t carried = 0;
     std::size_t bytesRead = 0;
     for (;;)
     {
-        const std::size_t n = std::fread(buffer + carried, 1, sizeof buffer - carried, file);
+        const std::size_t n = std::fread(buffer.get() + carried, 1, kReadPiece - carried, file);
         if (n == 0)
             break;
         bytesRead += n;
         const std::size_t available = carried + n;
-        const std::size_t used = AppendUtf8AsWidePartial(std::string_view(buffer, available), text);
+        const std::size_t used =
+            AppendUtf8AsWidePartial(std::string_view(buffer.get(), available), text);
         carried = available - used;
-        std::memmove(buffer, buffer + used, carried);
+        std::memmove(buffer.get(), buffer.get() + used, carried);
     }
     if (std::ferror(file))
         return false;
-    AppendUtf8AsWide(std::string_view(buffer, carried), text);
+    AppendUtf8AsWide(std::string_view(buffer.get(), carried), text);
     description = std::wstring(mark) + std::to_wstring(bytesRead) + L" bytes to " +
                   std::to_wstring(text.size()) + L" wide chars";
     return true;
@@ -170,7 +173,7 @@ bool CXmlDocument::WriteFile(std::FILE* file, std::wstring& description) const
     for (std::size_t at = 0; at < text.size();)
     {
         // A piece never ends between the two halves of a surrogate pair.
-        std::size_t end = std::min(at + kPiece, text.size());
+        std::size_t end = std::min(at + kWritePiece, text.size());
         const auto last = static_cast<std::uint32_t>(text[end - 1]);
         if (end < text.size() && end - at > 1 && last >= 0xD800 && last <= 0xDBFF)
             --end;

@@ -13,15 +13,6 @@ void CXmlElementTable::Reset(std::size_t recordsWanted)
     (*this)[0] = XmlElementRecord{};
 }
 
-std::uint32_t CXmlElementTable::Allocate()
-{
-    if (m_nextFree >= m_capacity)
-        Grow(static_cast<std::size_t>(m_nextFree) + 1);
-    const std::uint32_t index = m_nextFree++;
-    (*this)[index] = XmlElementRecord{};
-    return index;
-}
-
 void CXmlElementTable::Grow(std::size_t recordsWanted)
 {
     if (recordsWanted <= m_capacity)

@@ -68,7 +68,14 @@ public:
 
     // A fresh, cleared record at the next unused index. Elements are never
     // removed from a document, so no index is ever handed back.
-    std::uint32_t Allocate();
+    std::uint32_t Allocate()
+    {
+        if (m_nextFree >= m_capacity)
+            Grow(static_cast<std::size_t>(m_nextFree) + 1);
+        const std::uint32_t index = m_nextFree++;
+        (*this)[index] = XmlElementRecord{};
+        return index;
+    }
 
     XmlElementRecord& operator[](std::uint32_t index)
     {

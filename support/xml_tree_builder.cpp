@@ -2,11 +2,63 @@
 
 #include "support/xml_names.h"
 
+#include <algorithm>
+#include <array>
+#include <cwchar>
+
 namespace cvas
 {
 
+namespace
+{
+
+// How a character reads inside a tag name on the fast path: a plain name
+// character, one that ends the name (there the name as end tags match it and
+// the name as messages show it are the same), or one that needs the
+// tokenizer (a name that ends differently for the two, or a quote).
+constexpr unsigned char kNameGoesOn = 0;
+constexpr unsigned char kNameEnds = 1;
+constexpr unsigned char kNameNeedsTokenizer = 2;
+
+constexpr std::array<unsigned char, 128> kNameCharacters = [] {
+    std::array<unsigned char, 128> classes{};
+    for (char c : std::string_view(" \t\n\r>/"))
+        classes[static_cast<unsigned char>(c)] = kNameEnds;
+    for (char c : std::string_view("<=\\?!\"'"))
+        classes[static_cast<unsigned char>(c)] = kNameNeedsTokenizer;
+    return classes;
+}();
+
+unsigned NameCharacterClass(wchar_t c)
+{
+    const auto u = static_cast<std::uint32_t>(c);
+    return u < 128 ? kNameCharacters[u] : kNameGoesOn;
+}
+
+bool SameName(const wchar_t* a, const wchar_t* b, std::size_t length, bool ignoreCase)
+{
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        if (a[i] != b[i] && !(ignoreCase && XmlNamesEqual({a + i, 1}, {b + i, 1}, true)))
+            return false;
+    }
+    return true;
+}
+
+bool StartsElementTag(wchar_t c)
+{
+    const auto u = static_cast<std::uint32_t>(c);
+    return (u >= 'A' && u <= 'Z') || u >= 'a' || u == '_' || u == ':';
+}
+
+// The text is copied this far ahead of the walk, so that the walk reads
+// what the copy has just brought into the cache.
+constexpr std::size_t kCopyAhead = 16384;
+
+} // namespace
+
 std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
-                                    CXmlElementTable& table)
+                                    CXmlElementTable& table, std::wstring* copy)
 {
     m_text = text;
     m_ignoreCase = ignoreCase;
@@ -16,15 +68,33 @@ std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
     table.Reset(text.size() / 64 + 8);
     table[0].length = static_cast<std::uint32_t>(text.size());
     m_open.clear();
-    m_open.push_back({0, 0, 0});
+    m_open.push_back({0, 0, 0, 0});
 
     const wchar_t* data = text.data();
     const std::size_t end = text.size();
-    for (std::size_t offset = 0;;)
+    std::size_t copied = 0;
+    for (std::size_t offset = 0; offset < end;)
     {
+        if (copy && offset >= copied)
+        {
+            const std::size_t until = std::min(end, offset + kCopyAhead);
+            copy->append(data + copied, until - copied);
+            copied = until;
+        }
+        // Text and white space build nothing: on to the next tag.
+        if (data[offset] != L'<')
+        {
+            const std::size_t limit = copy ? copied : end;
+            const wchar_t* tag = std::wmemchr(data + offset, L'<', limit - offset);
+            offset = tag ? static_cast<std::size_t>(tag - data) : limit;
+            continue;
+        }
+        if (const std::size_t next = FastTag(offset))
+        {
+            offset = next;
+            continue;
+        }
         const XmlToken token = NextXmlToken(data, end, offset);
-        if (token.type == XmlNodeType::EndOfDocument)
-            break;
         if (token.type == XmlNodeType::Element)
         {
             OpenTag(token);
@@ -40,6 +110,8 @@ std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
         }
         offset = token.End();
     }
+    if (copy && copied < end)
+        copy->append(data + copied, end - copied);
 
     if (m_open.size() > 1)
     {
@@ -51,6 +123,7 @@ std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
         MarkIllFormed();
         CloseNotEnded(0);
     }
+    LinkLastChild(m_open[0]);
     const std::uint32_t root = table[0].firstChild;
     if (text.empty())
         NoteError(L"Empty document");
@@ -69,25 +142,89 @@ bool CXmlTreeBuilder::IsWellFormed(const CXmlElementTable& table)
            (table[0].flagsAndLevel & (kXmlIllFormed | kXmlIllFormedBelow)) == 0;
 }
 
+// Start and end tags of the common shape (a plain name, and for end tags
+// the name of the innermost open element) are read here without a token;
+// returns the offset after the tag, or 0 to leave the tag to the tokenizer.
+std::size_t CXmlTreeBuilder::FastTag(std::size_t offset)
+{
+    const wchar_t* data = m_text.data();
+    const std::size_t end = m_text.size();
+    if (offset + 1 >= end)
+        return 0;
+    if (data[offset + 1] == L'/')
+    {
+        // The end tag of the innermost open element, written plainly.
+        const OpenElement& open = m_open.back();
+        const std::size_t close = offset + 2 + open.nameLength;
+        if (m_open.size() < 2 || close >= end || data[close] != L'>' ||
+            !SameName(data + open.nameStart, data + offset + 2, open.nameLength, m_ignoreCase))
+            return 0;
+        XmlElementRecord& record = (*m_table)[open.index];
+        record.length = static_cast<std::uint32_t>(close + 1 - record.start);
+        record.tagLengths = PackTagLengths(StartTagLength(record), close + 1 - offset);
+        LinkLastChild(open);
+        m_open.pop_back();
+        return close + 1;
+    }
+    if (!StartsElementTag(data[offset + 1]))
+        return 0;
+    std::size_t i = offset + 1;
+    for (; i < end; ++i)
+    {
+        const unsigned kind = NameCharacterClass(data[i]);
+        if (kind == kNameNeedsTokenizer)
+            return 0;
+        if (kind == kNameEnds)
+            break;
+    }
+    const std::size_t nameLength = i - (offset + 1);
+    wchar_t quote = 0;
+    for (; i < end; ++i)
+    {
+        const wchar_t c = data[i];
+        if (quote != 0)
+        {
+            if (c == quote)
+                quote = 0;
+        }
+        else if (c == L'>')
+        {
+            break;
+        }
+        else if (c == L'"' || c == L'\'')
+        {
+            quote = c;
+        }
+    }
+    if (i >= end)
+        return 0;
+    AddElement(offset, i + 1 - offset, nameLength, data[i - 1] == L'/');
+    return i + 1;
+}
+
 void CXmlTreeBuilder::OpenTag(const XmlToken& token)
+{
+    const std::size_t nameLength =
+        XmlTagNameLength(m_text.substr(token.start + 1, token.length - 1));
+    AddElement(token.start, token.length, nameLength, token.empty);
+}
+
+void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length, std::size_t nameLength,
+                                 bool empty)
 {
     CXmlElementTable& table = *m_table;
     const std::uint32_t parent = m_open.back().index;
     const std::uint32_t index = table.Allocate();
     XmlElementRecord& record = table[index];
-    record.start = static_cast<std::uint32_t>(token.start);
-    record.length = static_cast<std::uint32_t>(token.length);
-    record.tagLengths = PackTagLengths(token.length, 0);
+    record.start = static_cast<std::uint32_t>(start);
+    record.length = static_cast<std::uint32_t>(length);
+    record.tagLengths = PackTagLengths(length, 0);
     record.flagsAndLevel = static_cast<std::uint32_t>(m_open.size() - 1) & kXmlLevelMask;
     record.parent = parent;
-    AppendChild(parent, index);
-    if (!token.empty)
-    {
-        const std::size_t nameStart = token.start + 1;
-        const std::size_t nameLength = XmlTagNameLength(m_text.substr(nameStart, token.length - 1));
-        m_open.push_back(
-            {index, static_cast<std::uint32_t>(nameStart), static_cast<std::uint32_t>(nameLength)});
-    }
+    AppendChild(m_open.back(), index);
+    if (!empty)
+        m_open.push_back({index, static_cast<std::uint32_t>(start + 1),
+                          static_cast<std::uint32_t>(nameLength), 0});
 }
 
 void CXmlTreeBuilder::CloseTag(const XmlToken& token)
@@ -122,6 +259,7 @@ void CXmlTreeBuilder::CloseTag(const XmlToken& token)
     XmlElementRecord& record = table[m_open[match].index];
     record.length = static_cast<std::uint32_t>(token.End() - record.start);
     record.tagLengths = PackTagLengths(StartTagLength(record), token.length);
+    LinkLastChild(m_open[match]);
     m_open.pop_back();
 }
 
@@ -208,29 +346,35 @@ void CXmlTreeBuilder::CloseNotEnded(std::size_t keep)
         }
     }
     table[tail].next = 0;
-    table[table[adopter].firstChild].prev = tail;
+    m_open[keep].lastChild = tail;
     if (illFormedBelow)
         table[adopter].flagsAndLevel |= kXmlIllFormedBelow;
     m_open.resize(keep + 1);
 }
 
-void CXmlTreeBuilder::AppendChild(std::uint32_t parent, std::uint32_t child)
+void CXmlTreeBuilder::AppendChild(OpenElement& parent, std::uint32_t child)
 {
     CXmlElementTable& table = *m_table;
     XmlElementRecord& record = table[child];
     record.next = 0;
-    const std::uint32_t first = table[parent].firstChild;
-    if (first == 0)
+    if (parent.lastChild == 0)
     {
-        table[parent].firstChild = child;
+        table[parent.index].firstChild = child;
         record.prev = child;
         record.flagsAndLevel |= kXmlFirstChild;
-        return;
     }
-    const std::uint32_t last = table[first].prev;
-    table[last].next = child;
-    record.prev = last;
-    table[first].prev = child;
+    else
+    {
+        table[parent.lastChild].next = child;
+        record.prev = parent.lastChild;
+    }
+    parent.lastChild = child;
+}
+
+void CXmlTreeBuilder::LinkLastChild(const OpenElement& element)
+{
+    if (element.lastChild != 0)
+        (*m_table)[(*m_table)[element.index].firstChild].prev = element.lastChild;
 }
 
 // The name of the tag at start as messages show it: up to the first of
