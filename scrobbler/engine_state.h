@@ -1,0 +1,31 @@
+#pragma once
+// Process-wide state that the host side and the submission worker share:
+// the two events the worker waits on and the queue lock. It lives from
+// start-up to the unloading of the module.
+
+#include "support/critical_section.h"
+
+#include <windows.h>
+
+namespace cvas
+{
+
+// Makes EventShutdown (manual-reset) and EventData (auto-reset), neither
+// signalled, in place of any earlier pair, and logs "Created
+// EventShutdown=0x%x   EventData=0x%x". Returns whether both were made.
+bool CreateEngineEvents();
+// Closes both events; later calls of EventShutdown() and EventData() give null.
+void CloseEngineEvents();
+
+// Once set, EventShutdown stays set until the stopping side resets it, so
+// every wait on it in the meantime returns at once.
+HANDLE EventShutdown();
+// Set once for each queued play, and at start-up to submit what was saved.
+HANDLE EventData();
+
+// Guards the incoming list. The worker also holds it while it moves the
+// incoming list into the queue and saves Queue.xml, so an enqueue may wait
+// for one file write.
+CCriticalSection& QueueLock();
+
+} // namespace cvas

@@ -1,0 +1,62 @@
+#include "scrobbler/replacements_file.h"
+
+#include "scrobbler/data_files.h"
+#include "scrobbler/document_file.h"
+#include "scrobbler/replacements_document.h"
+#include "scrobbler/submission_queue.h"
+#include "support/logs.h"
+
+#include <windows.h>
+
+#include <mutex>
+
+namespace cvas
+{
+namespace
+{
+
+std::mutex g_tableMutex;
+CReplacementTable g_table;
+
+} // namespace
+
+CReplacementTable CurrentReplacements()
+{
+    std::lock_guard<std::mutex> lock(g_tableMutex);
+    return g_table;
+}
+
+void SetCurrentReplacements(CReplacementTable table)
+{
+    std::lock_guard<std::mutex> lock(g_tableMutex);
+    g_table = std::move(table);
+}
+
+void LoadReplacements()
+{
+    SetCurrentReplacements({});
+    const std::wstring path = ReplacementsFilePath();
+    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+        return;
+    const CountedHandle<CXmlDocument> document = NewDocument();
+    const CDocumentLoad load = LoadDocumentFile(*document, path);
+    if (!load.read)
+        StatusLog(0, L"Could not read %ls: %ls", path.c_str(), load.problem.c_str());
+    else if (!load.problem.empty())
+        StatusLog(0, L"The replacements file %ls is damaged (%ls): its complete entries are used",
+                  path.c_str(), load.problem.c_str());
+    CReplacementTable table;
+    ReadReplacementsDocument(*document, table);
+    SetCurrentReplacements(std::move(table));
+    // The count is the submission queue's, not the table's: the line has
+    // always read so and is kept as it is.
+    StatusLog(0, L"Loaded %d entries", static_cast<int>(SubmissionQueueCount()));
+}
+
+bool SaveReplacements()
+{
+    return SaveDocumentReplacing(*BuildReplacementsDocument(CurrentReplacements()),
+                                 ReplacementsFilePath());
+}
+
+} // namespace cvas
