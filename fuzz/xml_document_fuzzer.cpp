@@ -3,10 +3,12 @@
 // checks that what was added reads back.
 #include "support/text_encoding.h"
 #include "support/xml_document.h"
+#include "support/xml_tree_builder.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -90,6 +92,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint8_t editing = data[1];
     const std::string_view bytes(reinterpret_cast<const char*>(data + 2), size - 2);
     const std::wstring text = (control & 1) ? Utf16LeToWide(bytes) : Utf8ToWide(bytes);
+
+    // The fast reading of common tags must build exactly what the tokenizer
+    // builds, and the copy made along the way must be the text.
+    {
+        CXmlTreeBuilder fast;
+        CXmlTreeBuilder reference;
+        reference.SetTokenizerOnly(true);
+        CXmlElementTable fastTable;
+        CXmlElementTable referenceTable;
+        std::wstring copy;
+        Check(fast.Build(text, control & 2, fastTable, &copy) ==
+              reference.Build(text, control & 2, referenceTable));
+        Check(copy == text);
+        Check(fastTable.End() == referenceTable.End());
+        for (std::uint32_t i = 0; i < fastTable.End(); ++i)
+            Check(std::memcmp(&fastTable[i], &referenceTable[i], sizeof(XmlElementRecord)) == 0);
+    }
 
     CXmlDocument document;
     document.SetDocFlags((control & 2) ? kXmlDocIgnoreCase : 0);

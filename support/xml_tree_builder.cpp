@@ -89,7 +89,7 @@ std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
             offset = tag ? static_cast<std::size_t>(tag - data) : limit;
             continue;
         }
-        if (const std::size_t next = FastTag(offset))
+        if (const std::size_t next = m_tokenizerOnly ? 0 : FastTag(offset))
         {
             offset = next;
             continue;

@@ -23,6 +23,10 @@ public:
     std::wstring Build(std::wstring_view text, bool ignoreCase, CXmlElementTable& table,
                        std::wstring* copy = nullptr);
 
+    // Reads every tag through the tokenizer: the reference the fast reading
+    // of common tags is checked against.
+    void SetTokenizerOnly(bool tokenizerOnly) { m_tokenizerOnly = tokenizerOnly; }
+
     // Whether the table holds exactly one root element and no mark of an
     // error.
     static bool IsWellFormed(const CXmlElementTable& table);
@@ -57,6 +61,7 @@ private:
     std::vector<OpenElement> m_open; // index 0 is the document itself
     std::wstring m_firstError;
     bool m_haveError = false;
+    bool m_tokenizerOnly = false;
 };
 
 } // namespace cvas
