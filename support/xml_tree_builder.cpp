@@ -82,11 +82,19 @@ std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
             copied = until;
         }
         // Text and white space build nothing: on to the next tag.
+        // Most runs are a line break between two tags, too short to be
+        // worth a call.
         if (data[offset] != L'<')
         {
             const std::size_t limit = copy ? copied : end;
-            const wchar_t* tag = std::wmemchr(data + offset, L'<', limit - offset);
-            offset = tag ? static_cast<std::size_t>(tag - data) : limit;
+            const std::size_t near = std::min(limit, offset + 8);
+            while (offset < near && data[offset] != L'<')
+                ++offset;
+            if (offset == near && offset < limit)
+            {
+                const wchar_t* tag = std::wmemchr(data + offset, L'<', limit - offset);
+                offset = tag ? static_cast<std::size_t>(tag - data) : limit;
+            }
             continue;
         }
         if (const std::size_t next = m_tokenizerOnly ? 0 : FastTag(offset))
