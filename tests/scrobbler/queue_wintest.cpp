@@ -1,0 +1,392 @@
+// The process-wide lists, Queue.xml and Replacements.xml in the data folder,
+// and the status lines they write.
+#include "common/captured_messages.h"
+#include "common/temp_folder.h"
+#include "scrobbler/data_files.h"
+#include "scrobbler/engine_state.h"
+#include "scrobbler/queue_document.h"
+#include "scrobbler/replacements_file.h"
+#include "scrobbler/submission_queue.h"
+#include "scrobbler/track_time.h"
+#include "settings/data_folder.h"
+#include "settings/ini_file.h"
+#include "support/logs.h"
+#include "support/text_encoding.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <chrono>
+#include <cstdio>
+#include <regex>
+#include <thread>
+#include <vector>
+
+using namespace cvas;
+using cvas::test::CTempFolder;
+using cvas::test::FileExists;
+using cvas::test::ReadFileBytes;
+using cvas::test::WriteFileBytes;
+
+namespace
+{
+
+const std::wstring kSakamoto = L"\x5742\x672C\x9F8D\x4E00"; // 坂本龍一
+
+class EngineFiles : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        OverrideSpecialFolders(root.Path() + L"Documents", root.Path() + L"AppData");
+        ForgetDataFilePaths();
+        // A short status log: every line rewrites the whole file.
+        CIni ini(root.File(L"Settings.INI"));
+        ini.WriteString(L"General", L"StatusLogLimit", L"200");
+        OpenLogs(ini);
+        ClearTrackLists();
+        SetCurrentReplacements({});
+        ASSERT_TRUE(CreateEngineEvents());
+        test::TakeCapturedMessages();
+    }
+    void TearDown() override
+    {
+        CloseLogs();
+        CloseEngineEvents();
+        ClearTrackLists();
+        SetCurrentReplacements({});
+        OverrideSpecialFolders(L"", L"");
+        ForgetDataFilePaths();
+        EXPECT_TRUE(test::TakeCapturedMessages().empty()) << "no message box";
+    }
+
+    // The status lines written since the last call, oldest first.
+    std::vector<std::string> NewStatusLines()
+    {
+        const std::string bytes = ReadFileBytes(DataFolder() + L"StatusLog.txt");
+        std::vector<std::string> lines;
+        for (std::size_t start = 3; start < bytes.size();)
+        {
+            const std::size_t end = bytes.find("\r\n", start);
+            const std::string line = bytes.substr(start, end - start);
+            const std::size_t text = line.find(") > ");
+            std::smatch number;
+            static const std::regex kNumber(R"(\( *(\d+)\) > )");
+            if (text != std::string::npos && std::regex_search(line, number, kNumber) &&
+                std::stoul(number[1]) > m_linesSeen)
+                lines.insert(lines.begin(), line.substr(text + 4));
+            if (end == std::string::npos)
+                break;
+            start = end + 2;
+        }
+        m_linesSeen = StatusLineCounter();
+        return lines;
+    }
+
+    static std::string Utf8(const std::wstring& text) { return WideToUtf8(text); }
+
+    std::wstring QueuePath() const { return DataFolder() + L"Queue.xml"; }
+
+    static void Add(TrackList& list, const std::wstring& artist, const std::wstring& name = L"N")
+    {
+        list.push_back(std::make_unique<CTrackRecord>(
+            artist, L"Album", name, L"200", L"2024-01-02 03:04:05", CurrentReplacements()));
+    }
+
+    CTempFolder root;
+    unsigned long m_linesSeen = 0;
+};
+
+} // namespace
+
+TEST_F(EngineFiles, EventsAndEnqueue)
+{
+    NewStatusLines();
+    ASSERT_TRUE(CreateEngineEvents());
+    const std::vector<std::string> created = NewStatusLines();
+    ASSERT_EQ(created.size(), 1u);
+    EXPECT_TRUE(std::regex_match(
+        created[0], std::regex("Created EventShutdown=0x[0-9a-f]+   EventData=0x[0-9a-f]+")))
+        << created[0];
+
+    // EventShutdown stays set until it is reset; EventData wakes one wait.
+    SetEvent(EventShutdown());
+    EXPECT_EQ(WaitForSingleObject(EventShutdown(), 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(EventShutdown(), 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(EventData(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
+
+    SetCurrentReplacements({{L"Band", L"Group"}});
+    Enqueue(L"The Band", L"Album", L"Song", 241, true);
+    EXPECT_EQ(WaitForSingleObject(EventData(), 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(EventData(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(IncomingCount(), 1u);
+    EXPECT_EQ(SubmissionQueueCount(), 0u) << "the worker moves it";
+
+    // A later table leaves the queued record as it was made.
+    SetCurrentReplacements({{L"Band", L"Crew"}});
+    ASSERT_TRUE(MoveIncomingToQueue());
+    const CTrackRecord& record = *SubmissionQueue().front();
+    EXPECT_EQ(record.Artist(), L"The Band");
+    EXPECT_EQ(record.ArtistBytes(), "The%20Group");
+    EXPECT_EQ(record.Duration(), L"241");
+    EXPECT_TRUE(
+        std::regex_match(Utf8(record.Time()), std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)")));
+}
+
+TEST_F(EngineFiles, PlayTimeIsUtcOrLocal)
+{
+    // Taken twice around the call, so that a second boundary cannot fail it.
+    for (const bool utc : {true, false})
+    {
+        SYSTEMTIME now{};
+        utc ? GetSystemTime(&now) : GetLocalTime(&now);
+        const std::wstring before =
+            FormatTrackTime(now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
+        const std::wstring taken = CurrentTrackTime(utc);
+        utc ? GetSystemTime(&now) : GetLocalTime(&now);
+        const std::wstring after =
+            FormatTrackTime(now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
+        EXPECT_TRUE(taken == before || taken == after) << Utf8(taken);
+    }
+}
+
+TEST_F(EngineFiles, MoveSavesAndLogs)
+{
+    NewStatusLines();
+    EXPECT_FALSE(MoveIncomingToQueue());
+    EXPECT_TRUE(NewStatusLines().empty()) << "an empty incoming list does nothing";
+
+    Enqueue(kSakamoto, L"B-2 Unit", L"Riot in Lagos", 300, true);
+    Enqueue(L"Simon & Garfunkel", L"Bookends", L"Old Friends", 160, false);
+    ASSERT_TRUE(MoveIncomingToQueue());
+    EXPECT_EQ(IncomingCount(), 0u);
+    EXPECT_EQ(SubmissionQueueCount(), 2u);
+    EXPECT_EQ(NewStatusLines(), (std::vector<std::string>{"Added 2 entries to queue",
+                                                          "Saving queue to " + Utf8(QueuePath()) +
+                                                              " ... 2 entries"}));
+
+    // Stored as the player gave it: UTF-8 in the file, unescaped.
+    const std::string file = ReadFileBytes(QueuePath());
+    EXPECT_NE(file.find("<artist>" + Utf8(kSakamoto) + "</artist>"), std::string::npos);
+    EXPECT_NE(file.find("<artist>Simon &amp; Garfunkel</artist>"), std::string::npos);
+    EXPECT_FALSE(FileExists(QueuePath() + L".new")) << "the new file was moved over the old";
+
+    // The end of a pass: only the reattempt list stays.
+    TrackList reattempt;
+    reattempt.splice(reattempt.end(), SubmissionQueue(), std::next(SubmissionQueue().begin()));
+    ReplaceQueueContents(std::move(reattempt));
+    ASSERT_TRUE(SaveQueue());
+    ClearTrackLists();
+    LoadQueue();
+    ASSERT_EQ(SubmissionQueueCount(), 1u);
+    EXPECT_EQ(SubmissionQueue().front()->Artist(), L"Simon & Garfunkel");
+}
+
+TEST_F(EngineFiles, LoadLinesForMissingEmptyAndIncompleteQueues)
+{
+    const std::string loading = "Loading queue from " + Utf8(QueuePath());
+    NewStatusLines();
+    LoadQueue();
+    EXPECT_EQ(NewStatusLines(), std::vector<std::string>{loading}) << "missing file";
+
+    WriteFileBytes(QueuePath(), "<?xml version=\"1.0\"?>\r\n<nothing/>\r\n");
+    LoadQueue();
+    EXPECT_EQ(NewStatusLines(), std::vector<std::string>{loading}) << "no queue element";
+
+    WriteFileBytes(QueuePath(), "<queue/>");
+    LoadQueue();
+    EXPECT_EQ(NewStatusLines(), (std::vector<std::string>{loading, "Loaded 0 entries"}));
+
+    WriteFileBytes(QueuePath(), "<queue><track><artist>A</artist><name>N</name><album>B</album>"
+                                "<duration>1</duration></track><track><artist>A</artist>"
+                                "<name>N</name><album>B</album><duration>1</duration>"
+                                "<time>T</time></track></queue>");
+    LoadQueue();
+    EXPECT_EQ(NewStatusLines(), (std::vector<std::string>{loading, "Loaded 1 entries"}));
+    EXPECT_FALSE(FileExists(QueuePath() + L".damaged"));
+}
+
+TEST_F(EngineFiles, RecordsAreRemadeWithTheTableCurrentAtLoad)
+{
+    SetCurrentReplacements({{kSakamoto, L"Ryuichi Sakamoto"}});
+    Add(SubmissionQueue(), kSakamoto);
+    EXPECT_EQ(SubmissionQueue().front()->ArtistBytes(), "Ryuichi%20Sakamoto");
+    ASSERT_TRUE(SaveQueue());
+
+    SetCurrentReplacements({{L"Album", L"LP"}});
+    LoadQueue();
+    ASSERT_EQ(SubmissionQueueCount(), 1u);
+    const CTrackRecord& record = *SubmissionQueue().front();
+    EXPECT_EQ(record.Artist(), kSakamoto);
+    EXPECT_EQ(record.ArtistBytes(), "%E5%9D%82%E6%9C%AC%E9%BE%8D%E4%B8%80");
+    EXPECT_EQ(record.AlbumBytes(), "LP");
+}
+
+TEST_F(EngineFiles, FileCutAtEveryByteLoadsItsCompleteTracksAndKeepsTheDamagedFile)
+{
+    Add(SubmissionQueue(), kSakamoto, L"Merry Christmas Mr. Lawrence");
+    Add(SubmissionQueue(), L"AC/DC", L"T.N.T. & <more>");
+    ASSERT_TRUE(SaveQueue());
+    const std::string whole = ReadFileBytes(QueuePath());
+    const std::size_t firstEnd = whole.find("</track>") + 8;
+    const std::size_t secondEnd = whole.find("</track>", firstEnd) + 8;
+    const std::size_t queueOpened = whole.find("<queue>") + 7;
+    const std::size_t queueClosed = whole.find("</queue>") + 8;
+    NewStatusLines();
+    for (std::size_t length = 0; length < whole.size(); ++length)
+    {
+        const std::string cut = whole.substr(0, length);
+        WriteFileBytes(QueuePath(), cut);
+        DeleteFileW((QueuePath() + L".damaged").c_str());
+        LoadQueue();
+        const std::size_t expected = length >= secondEnd ? 2 : length >= firstEnd ? 1 : 0;
+        ASSERT_EQ(SubmissionQueueCount(), expected) << "cut after " << length << " bytes";
+        if (expected > 0)
+        {
+            EXPECT_EQ(SubmissionQueue().front()->Artist(), kSakamoto);
+        }
+        const std::vector<std::string> lines = NewStatusLines();
+        if (length < queueOpened)
+        {
+            ASSERT_EQ(lines.size(), 1u) << "no queue: the loading line only";
+            continue;
+        }
+        if (length >= queueClosed)
+        {
+            EXPECT_EQ(lines.size(), 2u) << "only line breaks are missing: nothing is damaged";
+            continue;
+        }
+        ASSERT_EQ(lines.size(), 3u) << "cut after " << length << " bytes";
+        EXPECT_EQ(lines[1].rfind("The queue file is damaged (", 0), 0u) << lines[1];
+        EXPECT_EQ(lines[2], "Loaded " + std::to_string(expected) + " entries");
+        EXPECT_EQ(ReadFileBytes(QueuePath() + L".damaged"), cut);
+    }
+}
+
+TEST_F(EngineFiles, AFailedSaveLeavesTheOldFile)
+{
+    Add(SubmissionQueue(), L"Kept");
+    ASSERT_TRUE(SaveQueue());
+    const std::string old = ReadFileBytes(QueuePath());
+    // A folder where the new file should be written makes the write fail.
+    ASSERT_TRUE(CreateDirectoryW((QueuePath() + L".new").c_str(), nullptr));
+    Add(SubmissionQueue(), L"Lost for now");
+    NewStatusLines();
+    EXPECT_FALSE(SaveQueue());
+    const std::vector<std::string> lines = NewStatusLines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[1].rfind("Could not write " + Utf8(QueuePath()) + ".new: ", 0), 0u) << lines[1];
+    EXPECT_EQ(ReadFileBytes(QueuePath()), old);
+    RemoveDirectoryW((QueuePath() + L".new").c_str());
+}
+
+TEST_F(EngineFiles, AQueueFileThatCannotBeReadIsReported)
+{
+    WriteFileBytes(QueuePath(), "<queue/>");
+    const HANDLE locked =
+        CreateFileW(QueuePath().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(locked, INVALID_HANDLE_VALUE);
+    NewStatusLines();
+    LoadQueue();
+    CloseHandle(locked);
+    const std::vector<std::string> lines = NewStatusLines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[1].rfind("Could not read " + Utf8(QueuePath()) + ": ", 0), 0u) << lines[1];
+}
+
+TEST_F(EngineFiles, OverLongFieldIsLogged)
+{
+    NewStatusLines();
+    Enqueue(L"Artist", L"Album", std::wstring(9000, L'n'), 100, true);
+    const std::vector<std::string> lines = NewStatusLines();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0], "The name of \"" + std::string(80, 'n') +
+                            "\" is too long for a request: only its first 8191 of 9000 "
+                            "characters are sent");
+}
+
+TEST_F(EngineFiles, ReplacementsFile)
+{
+    const std::wstring path = DataFolder() + L"Replacements.xml";
+    NewStatusLines();
+    SetCurrentReplacements({{L"x", L"y"}});
+    LoadReplacements();
+    EXPECT_TRUE(CurrentReplacements().empty());
+    EXPECT_TRUE(NewStatusLines().empty()) << "a missing file is no news";
+
+    SetCurrentReplacements({{L"a&b", L"<c>"}, {kSakamoto, L"Sakamoto"}, {L"", L"empty"}});
+    ASSERT_TRUE(SaveReplacements());
+    EXPECT_FALSE(FileExists(path + L".new"));
+    EXPECT_NE(ReadFileBytes(path).find("<lhs>" + Utf8(kSakamoto) + "</lhs>"), std::string::npos);
+
+    // The line counts the submission queue's records, not the replacements.
+    Add(SubmissionQueue(), L"one");
+    SetCurrentReplacements({});
+    LoadReplacements();
+    EXPECT_EQ(NewStatusLines(), std::vector<std::string>{"Loaded 1 entries"});
+    const CReplacementTable table = CurrentReplacements();
+    ASSERT_EQ(table.size(), 3u);
+    EXPECT_EQ(table[0].rhs, L"<c>");
+    EXPECT_EQ(table[1].lhs, kSakamoto);
+    EXPECT_EQ(table[2].rhs, L"empty");
+}
+
+TEST_F(EngineFiles, ConcurrentEnqueuesAreAllQueuedOnce)
+{
+    constexpr int kThreads = 4;
+    constexpr int kEach = 40;
+    std::vector<std::thread> players;
+    for (int t = 0; t < kThreads; ++t)
+        players.emplace_back([t] {
+            for (int i = 0; i < kEach; ++i)
+                Enqueue(L"Player " + std::to_wstring(t), L"", std::to_wstring(i), 100 + i, true);
+        });
+    // The worker's side: move until every play arrived, bounded in time.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (SubmissionQueueCount() < kThreads * kEach && std::chrono::steady_clock::now() < deadline)
+    {
+        WaitForSingleObject(EventData(), 100);
+        MoveIncomingToQueue();
+    }
+    for (std::thread& player : players)
+        player.join();
+    MoveIncomingToQueue();
+    ASSERT_EQ(SubmissionQueueCount(), static_cast<std::size_t>(kThreads * kEach));
+    std::vector<int> next(kThreads, 0);
+    for (const auto& record : SubmissionQueue())
+    {
+        const int player = std::stoi(record->Artist().substr(7));
+        EXPECT_EQ(std::stoi(record->Name()), next[player]++) << "each player's plays in order";
+    }
+    ClearTrackLists();
+    LoadQueue();
+    EXPECT_EQ(SubmissionQueueCount(), static_cast<std::size_t>(kThreads * kEach));
+}
+
+// Run by hand: queue_wintests --gtest_also_run_disabled_tests --gtest_filter=*TenThousand*
+TEST_F(EngineFiles, DISABLED_BenchmarkTenThousandRecords)
+{
+    for (int i = 0; i < 10000; ++i)
+        Add(SubmissionQueue(), L"Artist " + std::to_wstring(i) + L" " + kSakamoto,
+            L"Track name number " + std::to_wstring(i));
+    using Clock = std::chrono::steady_clock;
+    const auto ms = [](Clock::duration d) {
+        return std::chrono::duration<double, std::milli>(d).count();
+    };
+    constexpr int kRounds = 5;
+    double save = 0, load = 0;
+    for (int round = 0; round < kRounds; ++round)
+    {
+        const auto start = Clock::now();
+        ASSERT_TRUE(SaveQueue());
+        const auto saved = Clock::now();
+        LoadQueue();
+        const auto loaded = Clock::now();
+        ASSERT_EQ(SubmissionQueueCount(), 10000u);
+        save += ms(saved - start);
+        load += ms(loaded - saved);
+    }
+    std::printf("10,000 records, %zu bytes: save %.1f ms, load %.1f ms (mean of %d)\n",
+                ReadFileBytes(QueuePath()).size(), save / kRounds, load / kRounds, kRounds);
+}
