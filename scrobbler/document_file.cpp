@@ -25,17 +25,24 @@ bool FlushToDisk(const std::wstring& path)
 
 } // namespace
 
-CDocumentLoad LoadDocumentFile(CXmlDocument& document, const std::wstring& path)
+CountedHandle<CXmlDocument> LoadExistingDocument(const std::wstring& path, std::wstring& damage)
 {
-    document.Load(path);
-    const std::wstring& result = document.GetResult();
+    damage.clear();
+    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+        return nullptr;
+    CountedHandle<CXmlDocument> document = NewDocument();
+    document->Load(path);
+    const std::wstring& result = document->GetResult();
     const std::size_t end = result.find(kDescriptionEnd);
     if (end == std::wstring::npos)
-        return {false, result};
+    {
+        StatusLog(0, L"Could not read %ls: %ls", path.c_str(), result.c_str());
+        return nullptr;
+    }
     const std::size_t error = end + kDescriptionEnd.size();
     if (std::wstring_view(result).substr(error).starts_with(kErrorSeparator))
-        return {true, result.substr(error + kErrorSeparator.size())};
-    return {true, {}};
+        damage = result.substr(error + kErrorSeparator.size());
+    return document;
 }
 
 bool SaveDocumentReplacing(CXmlDocument& document, const std::wstring& path)

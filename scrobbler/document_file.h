@@ -8,14 +8,10 @@
 namespace cvas
 {
 
-struct CDocumentLoad
-{
-    bool read{false};     // the file could be opened and read
-    std::wstring problem; // why it could not be read, or its first parse error
-};
-
-// Loads the file into the document and tells whether it read cleanly.
-CDocumentLoad LoadDocumentFile(CXmlDocument& document, const std::wstring& path);
+// The file as a document, or null when it does not exist or cannot be read
+// (that is logged). damage gets the first parse error of a file that did not
+// read cleanly, and is empty otherwise.
+CountedHandle<CXmlDocument> LoadExistingDocument(const std::wstring& path, std::wstring& damage);
 
 // Writes the document beside the file, flushes it to the disk and moves it
 // over the file in one step, so that a crash or a power cut during a save

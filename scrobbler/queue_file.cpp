@@ -15,27 +15,21 @@ void LoadQueueFile(const std::wstring& path, const CReplacementTable& replacemen
 {
     queue.clear();
     StatusLog(0, L"Loading queue from %ls", path.c_str());
-    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
-        return;
-    const CountedHandle<CXmlDocument> document = NewDocument();
-    const CDocumentLoad load = LoadDocumentFile(*document, path);
-    if (!load.read)
-    {
-        StatusLog(0, L"Could not read %ls: %ls", path.c_str(), load.problem.c_str());
-        return;
-    }
-    if (!ReadQueueDocument(*document, replacements, queue))
+    std::wstring damage;
+    const CountedHandle<CXmlDocument> document = LoadExistingDocument(path, damage);
+    if (!document || !ReadQueueDocument(*document, replacements, queue))
         return;
     for (const auto& record : queue)
         LogWireCuts(*record);
-    if (!load.problem.empty())
+    if (!damage.empty())
     {
         const std::wstring kept = path + L".damaged";
-        CopyFileW(path.c_str(), kept.c_str(), FALSE);
-        StatusLog(0,
-                  L"The queue file is damaged (%ls): the complete tracks it still holds are "
-                  L"loaded, and the file is kept as %ls",
-                  load.problem.c_str(), kept.c_str());
+        const bool copied = CopyFileW(path.c_str(), kept.c_str(), FALSE) != FALSE;
+        StatusLog(
+            0,
+            L"The queue file is damaged (%ls): the complete tracks it still holds are loaded%ls%ls",
+            damage.c_str(), copied ? L", and the file is kept as " : L"",
+            copied ? kept.c_str() : L"");
     }
     StatusLog(0, L"Loaded %d entries", static_cast<int>(queue.size()));
 }

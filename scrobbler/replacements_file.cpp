@@ -6,8 +6,6 @@
 #include "scrobbler/submission_queue.h"
 #include "support/logs.h"
 
-#include <windows.h>
-
 #include <mutex>
 
 namespace cvas
@@ -36,15 +34,13 @@ void LoadReplacements()
 {
     SetCurrentReplacements({});
     const std::wstring path = ReplacementsFilePath();
-    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+    std::wstring damage;
+    const CountedHandle<CXmlDocument> document = LoadExistingDocument(path, damage);
+    if (!document)
         return;
-    const CountedHandle<CXmlDocument> document = NewDocument();
-    const CDocumentLoad load = LoadDocumentFile(*document, path);
-    if (!load.read)
-        StatusLog(0, L"Could not read %ls: %ls", path.c_str(), load.problem.c_str());
-    else if (!load.problem.empty())
+    if (!damage.empty())
         StatusLog(0, L"The replacements file %ls is damaged (%ls): its complete entries are used",
-                  path.c_str(), load.problem.c_str());
+                  path.c_str(), damage.c_str());
     CReplacementTable table;
     ReadReplacementsDocument(*document, table);
     SetCurrentReplacements(std::move(table));

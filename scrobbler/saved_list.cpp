@@ -2,7 +2,8 @@
 
 #include "support/xml_names.h"
 
-#include <vector>
+#include <cassert>
+#include <cstdint>
 
 namespace cvas
 {
@@ -12,17 +13,18 @@ bool ReadItemFields(CXmlDocument& document, std::span<const std::wstring_view> n
 {
     const bool ignoreCase = (document.GetDocFlags() & kXmlDocIgnoreCase) != 0;
     std::size_t found = 0;
-    std::vector<bool> seen(names.size(), false);
+    std::uint32_t seen = 0; // a bit for each name found
+    assert(names.size() <= 32 && values.size() == names.size());
     while (found < names.size() && document.FindChildElem())
     {
         document.IntoElem();
         const std::wstring tag = document.GetTagName();
         for (std::size_t i = 0; i < names.size(); ++i)
         {
-            if (!seen[i] && XmlNamesEqual(tag, names[i], ignoreCase))
+            if ((seen & (1u << i)) == 0 && XmlNamesEqual(tag, names[i], ignoreCase))
             {
                 values[i] = document.GetData();
-                seen[i] = true;
+                seen |= 1u << i;
                 ++found;
                 break;
             }

@@ -7,7 +7,6 @@
 #include "scrobbler/queue_document.h"
 #include "scrobbler/replacements_file.h"
 #include "scrobbler/submission_queue.h"
-#include "scrobbler/track_time.h"
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
 #include "support/logs.h"
@@ -61,24 +60,19 @@ protected:
         EXPECT_TRUE(test::TakeCapturedMessages().empty()) << "no message box";
     }
 
-    // The status lines written since the last call, oldest first.
+    // The status lines written since the last call, oldest first. The file
+    // holds the newest first, each as "dd/mm/yyyy hh:mm:ss.mmm (%9u) > text".
     std::vector<std::string> NewStatusLines()
     {
         const std::string bytes = ReadFileBytes(DataFolder() + L"StatusLog.txt");
         std::vector<std::string> lines;
-        for (std::size_t start = 3; start < bytes.size();)
+        for (std::size_t start = 3, end; (end = bytes.find("\r\n", start)) != std::string::npos;
+             start = end + 2)
         {
-            const std::size_t end = bytes.find("\r\n", start);
             const std::string line = bytes.substr(start, end - start);
-            const std::size_t text = line.find(") > ");
-            std::smatch number;
-            static const std::regex kNumber(R"(\( *(\d+)\) > )");
-            if (text != std::string::npos && std::regex_search(line, number, kNumber) &&
-                std::stoul(number[1]) > m_linesSeen)
-                lines.insert(lines.begin(), line.substr(text + 4));
-            if (end == std::string::npos)
+            if (line.size() < 38 || std::stoul(line.substr(25, 9)) <= m_linesSeen)
                 break;
-            start = end + 2;
+            lines.insert(lines.begin(), line.substr(38));
         }
         m_linesSeen = StatusLineCounter();
         return lines;
@@ -132,23 +126,6 @@ TEST_F(EngineFiles, EventsAndEnqueue)
     EXPECT_EQ(record.Duration(), L"241");
     EXPECT_TRUE(
         std::regex_match(Utf8(record.Time()), std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)")));
-}
-
-TEST_F(EngineFiles, PlayTimeIsUtcOrLocal)
-{
-    // Taken twice around the call, so that a second boundary cannot fail it.
-    for (const bool utc : {true, false})
-    {
-        SYSTEMTIME now{};
-        utc ? GetSystemTime(&now) : GetLocalTime(&now);
-        const std::wstring before =
-            FormatTrackTime(now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-        const std::wstring taken = CurrentTrackTime(utc);
-        utc ? GetSystemTime(&now) : GetLocalTime(&now);
-        const std::wstring after =
-            FormatTrackTime(now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-        EXPECT_TRUE(taken == before || taken == after) << Utf8(taken);
-    }
 }
 
 TEST_F(EngineFiles, MoveSavesAndLogs)

@@ -82,9 +82,3 @@ TEST(TrackRecord, OverLongFieldIsCutAtACharacterAndReported)
     EXPECT_EQ(grown.ArtistBytes().size(), kWireFieldBufferBytes - 1);
     EXPECT_EQ(grown.WireCuts().size(), 2u);
 }
-
-TEST(TrackRecord, TimeText)
-{
-    EXPECT_EQ(FormatTrackTime(2024, 1, 2, 3, 4, 5), L"2024-01-02 03:04:05");
-    EXPECT_EQ(FormatTrackTime(999, 12, 31, 23, 59, 59), L"0999-12-31 23:59:59");
-}
