@@ -61,6 +61,10 @@ TEST(WireEscaping, TextsOutsideAsciiGoAsEscapedUtf8)
     EXPECT_EQ(EscapeWide(L"Simon + Garfunkel & Co=1"), "Simon%20%2B%20Garfunkel%20%26%20Co=1");
     EXPECT_EQ(EscapeWide(L"2024-01-02 03:04:05"), "2024-01-02%2003:04:05");
     EXPECT_EQ(EscapeWide(L""), "");
+    // Beyond U+FFFF: a surrogate pair where wchar_t has 16 bits, one unit elsewhere.
+    const std::wstring note =
+        sizeof(wchar_t) == 2 ? std::wstring(L"\xD83C\xDFB5") : std::wstring(1, wchar_t(0x1F3B5));
+    EXPECT_EQ(EscapeWide(note), "%F0%9F%8E%B5");
 }
 
 TEST(WireEscaping, TextThatFitsExactlyIsNotCut)
