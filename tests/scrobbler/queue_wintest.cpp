@@ -184,22 +184,6 @@ TEST_F(EngineFiles, LoadLinesForMissingEmptyAndIncompleteQueues)
     EXPECT_FALSE(FileExists(QueuePath() + L".damaged"));
 }
 
-TEST_F(EngineFiles, RecordsAreRemadeWithTheTableCurrentAtLoad)
-{
-    SetCurrentReplacements({{kSakamoto, L"Ryuichi Sakamoto"}});
-    Add(SubmissionQueue(), kSakamoto);
-    EXPECT_EQ(SubmissionQueue().front()->ArtistBytes(), "Ryuichi%20Sakamoto");
-    ASSERT_TRUE(SaveQueue());
-
-    SetCurrentReplacements({{L"Album", L"LP"}});
-    LoadQueue();
-    ASSERT_EQ(SubmissionQueueCount(), 1u);
-    const CTrackRecord& record = *SubmissionQueue().front();
-    EXPECT_EQ(record.Artist(), kSakamoto);
-    EXPECT_EQ(record.ArtistBytes(), "%E5%9D%82%E6%9C%AC%E9%BE%8D%E4%B8%80");
-    EXPECT_EQ(record.AlbumBytes(), "LP");
-}
-
 TEST_F(EngineFiles, FileCutAtEveryByteLoadsItsCompleteTracksAndKeepsTheDamagedFile)
 {
     Add(SubmissionQueue(), kSakamoto, L"Merry Christmas Mr. Lawrence");
@@ -256,20 +240,6 @@ TEST_F(EngineFiles, AFailedSaveLeavesTheOldFile)
     EXPECT_EQ(lines[1].rfind("Could not write " + Utf8(QueuePath()) + ".new: ", 0), 0u) << lines[1];
     EXPECT_EQ(ReadFileBytes(QueuePath()), old);
     RemoveDirectoryW((QueuePath() + L".new").c_str());
-}
-
-TEST_F(EngineFiles, AQueueFileThatCannotBeReadIsReported)
-{
-    WriteFileBytes(QueuePath(), "<queue/>");
-    const HANDLE locked =
-        CreateFileW(QueuePath().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    ASSERT_NE(locked, INVALID_HANDLE_VALUE);
-    NewStatusLines();
-    LoadQueue();
-    CloseHandle(locked);
-    const std::vector<std::string> lines = NewStatusLines();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[1].rfind("Could not read " + Utf8(QueuePath()) + ": ", 0), 0u) << lines[1];
 }
 
 TEST_F(EngineFiles, OverLongFieldIsLogged)

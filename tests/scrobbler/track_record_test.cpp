@@ -49,19 +49,6 @@ TEST(TrackRecord, NonAsciiTextsAreKeptAndSentAsEscapedUtf8)
     EXPECT_EQ(record.NameBytes(), "%D0%97%D0%B2%D0%B5%D0%B7%D0%B4%D0%B0");
 }
 
-TEST(TrackRecord, CopyAssignmentCopiesTextsAndWireForms)
-{
-    const CTrackRecord source(L"A&B", L"Al", L"N+1", L"31", L"2024-01-01 00:00:00", {{L"A", L"X"}});
-    CTrackRecord copy(L"", L"", L"", L"", L"", {});
-    copy = source;
-    EXPECT_EQ(copy.Artist(), L"A&B");
-    EXPECT_EQ(copy.ArtistBytes(), "X%26B");
-    EXPECT_EQ(copy.AlbumBytes(), "Xl");
-    EXPECT_EQ(copy.NameBytes(), "N%2B1");
-    EXPECT_EQ(copy.DurationBytes(), "31");
-    EXPECT_EQ(copy.TimeBytes(), source.TimeBytes());
-}
-
 TEST(TrackRecord, OverLongFieldIsCutAtACharacterAndReported)
 {
     // 3,000 Cyrillic letters take 6,000 UTF-8 bytes and 18,000 escaped: only
