@@ -7,6 +7,12 @@
 
 namespace cvas
 {
+namespace
+{
+
+constexpr std::size_t kParsePiece = 16384;
+
+} // namespace
 
 CXmlDocument::CXmlDocument()
 {
@@ -39,17 +45,16 @@ bool CXmlDocument::SetDoc(std::wstring_view text)
     }
     m_result.clear();
     m_flags &= ~kXmlDocModified;
-    // The text is copied while it is parsed, piece by piece.
+    // The text is copied in pieces, each parsed while it is in the cache.
     m_text.clear();
     m_text.reserve(text.size());
-    return Parse(text, true);
+    CXmlTextPieces pieces(text, kParsePiece);
+    return FinishParse(m_builder.Build(m_text, &pieces, text.size(), IgnoresCase(), m_table));
 }
 
-// Builds the element table; the first error follows the load description.
-bool CXmlDocument::Parse(std::wstring_view text, bool copyIntoText)
+// The first parse error follows the load description, if any.
+bool CXmlDocument::FinishParse(const std::wstring& error)
 {
-    const std::wstring error =
-        m_builder.Build(text, IgnoresCase(), m_table, copyIntoText ? &m_text : nullptr);
     if (!error.empty())
     {
         if (!m_result.empty())

@@ -89,7 +89,7 @@ public:
 private:
     friend CountedHandle<CXmlDocument> NewDocument();
 
-    bool Parse(std::wstring_view text, bool copyIntoText);
+    bool FinishParse(const std::wstring& error);
     void ResetPositions();
     bool IgnoresCase() const { return (m_flags & kXmlDocIgnoreCase) != 0; }
 
@@ -109,8 +109,8 @@ private:
     void ShiftFollowing(std::uint32_t parent, std::uint32_t after, std::int64_t delta);
 
     // Files.
-    static bool ReadFile(std::FILE* file, std::wstring& text, std::uint32_t& flags,
-                         std::wstring& description);
+    bool ReadAndParse(std::FILE* file, std::uint32_t& flags, std::wstring& description,
+                      std::wstring& error);
     bool WriteFile(std::FILE* file, std::wstring& description) const;
 
     std::wstring m_text;
@@ -122,7 +122,11 @@ private:
     CXmlElementTable m_table;
 
     CXmlTreeBuilder m_builder;
-    std::wstring m_loadBuffer; // a loaded text is read here, kept for the next load
+    // A file is read and parsed into these and swapped in when it could be
+    // read, so that a failed load changes nothing; the memory of what they
+    // then hold waits for the next load.
+    std::wstring m_loadBuffer;
+    CXmlElementTable m_loadTable;
 };
 
 // A new document: the XML declaration line and no element, tag names

@@ -4,9 +4,11 @@
 
 #include "support/text_encoding.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace cvas
 {
@@ -37,10 +39,77 @@ std::wstring ErrorText(int error)
 constexpr std::wstring_view kUtf8Mark = L"UTF-8 BOM + ";
 constexpr std::wstring_view kUtf16Mark = L"UTF-16LE BOM + ";
 
-// Files are read in pieces of this many bytes (few enough calls into the
-// system for a large file) and written in pieces of this many characters.
+// Files are read in pieces of kReadPiece bytes (few calls into the system
+// for a large file), decoded and parsed kDecodePiece bytes at a time (so
+// that what is decoded is parsed while it is in the cache), and written in
+// pieces of kWritePiece characters.
 constexpr std::size_t kReadPiece = 512 * 1024;
+constexpr std::size_t kDecodePiece = 64 * 1024;
 constexpr std::size_t kWritePiece = 32768;
+
+// Reads and decodes a UTF-8 file for the parser. A sequence cut at the end
+// of a piece is completed from the next.
+class CUtf8FileSupply final : public IXmlTextSupply
+{
+public:
+    explicit CUtf8FileSupply(std::FILE* file)
+        : m_file(file), m_buffer(std::make_unique_for_overwrite<char[]>(kReadPiece))
+    {
+    }
+
+    bool Next(std::wstring& text) override
+    {
+        for (;;)
+        {
+            if (m_filled - m_at < kDecodePiece && !m_atEnd)
+                Refill();
+            if (m_at == m_filled)
+                return false;
+            const std::size_t length = std::min(kDecodePiece, m_filled - m_at);
+            const std::string_view bytes(m_buffer.get() + m_at, length);
+            const std::size_t before = text.size();
+            if (m_atEnd && m_at + length == m_filled)
+            {
+                AppendUtf8AsWide(bytes, text);
+                m_at += length;
+            }
+            else
+            {
+                m_at += AppendUtf8AsWidePartial(bytes, text);
+            }
+            if (text.size() > before)
+                return true;
+        }
+    }
+
+    std::size_t BytesRead() const { return m_bytesRead; }
+    bool Failed() const { return m_failed; }
+
+private:
+    void Refill()
+    {
+        std::memmove(m_buffer.get(), m_buffer.get() + m_at, m_filled - m_at);
+        m_filled -= m_at;
+        m_at = 0;
+        const std::size_t n =
+            std::fread(m_buffer.get() + m_filled, 1, kReadPiece - m_filled, m_file);
+        m_filled += n;
+        m_bytesRead += n;
+        if (n == 0)
+        {
+            m_atEnd = true;
+            m_failed = std::ferror(m_file) != 0;
+        }
+    }
+
+    std::FILE* m_file;
+    std::unique_ptr<char[]> m_buffer;
+    std::size_t m_filled = 0; // bytes in the buffer
+    std::size_t m_at = 0;     // the first byte not yet decoded
+    std::size_t m_bytesRead = 0;
+    bool m_atEnd = false;
+    bool m_failed = false;
+};
 
 } // namespace
 
@@ -53,23 +122,26 @@ void CXmlDocument::Load(const std::wstring& fileName)
         m_result = ErrorText(errno);
         return;
     }
-    std::uint32_t flags = m_flags;
+    std::uint32_t flags = m_flags & ~(kXmlDocUtf16Le | kXmlDocUtf8Bom | kXmlDocModified);
     std::wstring description;
-    if (!ReadFile(file.get(), m_loadBuffer, flags, description))
+    std::wstring error;
+    if (!ReadAndParse(file.get(), flags, description, error))
     {
         m_result = ErrorText(errno);
         return;
     }
-    // The old text's memory waits for the next load.
     m_text.swap(m_loadBuffer);
     m_loadBuffer.clear();
-    m_flags = flags & ~kXmlDocModified;
+    std::swap(m_table, m_loadTable);
+    m_flags = flags;
     m_result = std::move(description);
-    Parse(m_text, false);
+    FinishParse(error);
 }
 
-bool CXmlDocument::ReadFile(std::FILE* file, std::wstring& text, std::uint32_t& flags,
-                            std::wstring& description)
+// Reads the file into m_loadBuffer and parses it into m_loadTable; false if
+// it could not be read.
+bool CXmlDocument::ReadAndParse(std::FILE* file, std::uint32_t& flags, std::wstring& description,
+                                std::wstring& error)
 {
     if (std::fseek(file, 0, SEEK_END) != 0)
         return false;
@@ -80,8 +152,7 @@ bool CXmlDocument::ReadFile(std::FILE* file, std::wstring& text, std::uint32_t& 
     const std::size_t got = std::fread(head, 1, sizeof head, file);
     if (std::ferror(file))
         return false;
-    text.clear();
-    flags &= ~(kXmlDocUtf16Le | kXmlDocUtf8Bom);
+    m_loadBuffer.clear();
 
     if (got >= 2 && head[0] == 0xFF && head[1] == 0xFE)
     {
@@ -93,8 +164,11 @@ bool CXmlDocument::ReadFile(std::FILE* file, std::wstring& text, std::uint32_t& 
         bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
         if (std::ferror(file))
             return false;
-        text = Utf16LeToWide(bytes);
-        description = std::wstring(kUtf16Mark) + std::to_wstring(text.size()) + L" wide chars";
+        m_loadBuffer = Utf16LeToWide(bytes);
+        description =
+            std::wstring(kUtf16Mark) + std::to_wstring(m_loadBuffer.size()) + L" wide chars";
+        error =
+            m_builder.Build(m_loadBuffer, nullptr, m_loadBuffer.size(), IgnoresCase(), m_loadTable);
         return true;
     }
 
@@ -108,29 +182,14 @@ bool CXmlDocument::ReadFile(std::FILE* file, std::wstring& text, std::uint32_t& 
     }
     if (std::fseek(file, start, SEEK_SET) != 0)
         return false;
-    text.reserve(static_cast<std::size_t>(size - start));
-    // Decoded piece by piece; a sequence cut at the end of a piece is carried
-    // to the front of the next.
-    const std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(kReadPiece);
-    std::size_t carried = 0;
-    std::size_t bytesRead = 0;
-    for (;;)
-    {
-        const std::size_t n = std::fread(buffer.get() + carried, 1, kReadPiece - carried, file);
-        if (n == 0)
-            break;
-        bytesRead += n;
-        const std::size_t available = carried + n;
-        const std::size_t used =
-            AppendUtf8AsWidePartial(std::string_view(buffer.get(), available), text);
-        carried = available - used;
-        std::memmove(buffer.get(), buffer.get() + used, carried);
-    }
-    if (std::ferror(file))
+    const auto expected = static_cast<std::size_t>(size - start);
+    m_loadBuffer.reserve(expected);
+    CUtf8FileSupply supply(file);
+    error = m_builder.Build(m_loadBuffer, &supply, expected, IgnoresCase(), m_loadTable);
+    if (supply.Failed())
         return false;
-    AppendUtf8AsWide(std::string_view(buffer.get(), carried), text);
-    description = std::wstring(mark) + std::to_wstring(bytesRead) + L" bytes to " +
-                  std::to_wstring(text.size()) + L" wide chars";
+    description = std::wstring(mark) + std::to_wstring(supply.BytesRead()) + L" bytes to " +
+                  std::to_wstring(m_loadBuffer.size()) + L" wide chars";
     return true;
 }
 

@@ -51,49 +51,54 @@ bool StartsElementTag(wchar_t c)
     return (u >= 'A' && u <= 'Z') || u >= 'a' || u == '_' || u == ':';
 }
 
-// The text is copied this far ahead of the walk, so that the walk reads
-// what the copy has just brought into the cache.
-constexpr std::size_t kCopyAhead = 16384;
-
 } // namespace
 
-std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
-                                    CXmlElementTable& table, std::wstring* copy)
+bool CXmlTextPieces::Next(std::wstring& text)
 {
+    if (m_given >= m_source.size())
+        return false;
+    const std::size_t length = std::min(m_pieceLength, m_source.size() - m_given);
+    text.append(m_source.data() + m_given, length);
+    m_given += length;
+    return true;
+}
+
+std::wstring CXmlTreeBuilder::Build(std::wstring& text, IXmlTextSupply* supply,
+                                    std::size_t expectedLength, bool ignoreCase,
+                                    CXmlElementTable& table)
+{
+    m_growing = &text;
+    m_supply = supply;
     m_text = text;
     m_ignoreCase = ignoreCase;
     m_table = &table;
     m_firstError.clear();
     m_haveError = false;
-    table.Reset(text.size() / 64 + 8);
-    table[0].length = static_cast<std::uint32_t>(text.size());
+    table.Reset(std::max(expectedLength, text.size()) / 64 + 8);
     m_open.clear();
     m_open.push_back({0, 0, 0, 0});
 
-    const wchar_t* data = text.data();
-    const std::size_t end = text.size();
-    std::size_t copied = 0;
-    for (std::size_t offset = 0; offset < end;)
+    for (std::size_t offset = 0;;)
     {
-        if (copy && offset >= copied)
+        if (offset >= m_text.size())
         {
-            const std::size_t until = std::min(end, offset + kCopyAhead);
-            copy->append(data + copied, until - copied);
-            copied = until;
+            if (MoreText())
+                continue;
+            break;
         }
-        // Text and white space build nothing: on to the next tag.
-        // Most runs are a line break between two tags, too short to be
-        // worth a call.
+        const wchar_t* data = m_text.data();
+        const std::size_t end = m_text.size();
+        // Text and white space build nothing: on to the next tag. Most runs
+        // are a line break between two tags, too short to be worth a call.
         if (data[offset] != L'<')
         {
-            const std::size_t limit = copy ? copied : end;
-            const std::size_t near = std::min(limit, offset + 8);
+            const std::size_t near = std::min(end, offset + 8);
             while (offset < near && data[offset] != L'<')
                 ++offset;
-            if (offset == near && offset < limit)
+            if (offset == near && offset < end)
             {
-                const wchar_t* tag = std::wmemchr(data + offset, L'<', limit - offset);
-                offset = tag ? static_cast<std::size_t>(tag - data) : limit;
+                const wchar_t* tag = std::wmemchr(data + offset, L'<', end - offset);
+                offset = tag ? static_cast<std::size_t>(tag - data) : end;
             }
             continue;
         }
@@ -103,6 +108,17 @@ std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
             continue;
         }
         const XmlToken token = NextXmlToken(data, end, offset);
+        // A token that reaches the end of what is there may run on into
+        // the next piece: read it again with more text.
+        if (token.End() >= end && MoreText())
+        {
+            // Read on until what follows the token's start has at least
+            // doubled, so that a long token is read only a few times over.
+            while (m_text.size() < end + (end - offset) && MoreText())
+            {
+            }
+            continue;
+        }
         if (token.type == XmlNodeType::Element)
         {
             OpenTag(token);
@@ -118,8 +134,7 @@ std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
         }
         offset = token.End();
     }
-    if (copy && copied < end)
-        copy->append(data + copied, end - copied);
+    table[0].length = static_cast<std::uint32_t>(m_text.size());
 
     if (m_open.size() > 1)
     {
@@ -133,14 +148,27 @@ std::wstring CXmlTreeBuilder::Build(std::wstring_view text, bool ignoreCase,
     }
     LinkLastChild(m_open[0]);
     const std::uint32_t root = table[0].firstChild;
-    if (text.empty())
+    if (m_text.empty())
         NoteError(L"Empty document");
     else if (root == 0)
         NoteError(L"No root element");
     else if (table[root].next != 0)
         NoteError(L"Root element has sibling");
     m_table = nullptr;
+    m_growing = nullptr;
+    m_supply = nullptr;
     return std::move(m_firstError);
+}
+
+bool CXmlTreeBuilder::MoreText()
+{
+    if (!m_supply || !m_supply->Next(*m_growing))
+    {
+        m_supply = nullptr;
+        return false;
+    }
+    m_text = *m_growing;
+    return true;
 }
 
 bool CXmlTreeBuilder::IsWellFormed(const CXmlElementTable& table)

@@ -13,15 +13,44 @@
 namespace cvas
 {
 
+// Hands a text to the parser piece by piece, so that each piece is parsed
+// while it is still in the cache: Next appends the next piece to the text
+// and returns false when there is none.
+class IXmlTextSupply
+{
+public:
+    virtual bool Next(std::wstring& text) = 0;
+
+protected:
+    ~IXmlTextSupply() = default;
+};
+
+// Supplies a text that is already in memory, a given number of characters
+// at a time.
+class CXmlTextPieces final : public IXmlTextSupply
+{
+public:
+    CXmlTextPieces(std::wstring_view source, std::size_t pieceLength)
+        : m_source(source), m_pieceLength(pieceLength)
+    {
+    }
+    bool Next(std::wstring& text) override;
+
+private:
+    std::wstring_view m_source;
+    std::size_t m_pieceLength;
+    std::size_t m_given = 0;
+};
+
 class CXmlTreeBuilder
 {
 public:
-    // Rebuilds table from text; returns the first error, empty if none.
-    // Tag names are matched without regard to case when ignoreCase. With
-    // copy, the text is also appended to *copy along the way (which must
-    // not hold the text itself).
-    std::wstring Build(std::wstring_view text, bool ignoreCase, CXmlElementTable& table,
-                       std::wstring* copy = nullptr);
+    // Rebuilds table from text, first taking the rest of the text from
+    // supply when there is one; returns the first error, empty if none. Tag
+    // names are matched without regard to case when ignoreCase. The table
+    // is sized for expectedLength characters.
+    std::wstring Build(std::wstring& text, IXmlTextSupply* supply, std::size_t expectedLength,
+                       bool ignoreCase, CXmlElementTable& table);
 
     // Reads every tag through the tokenizer: the reference the fast reading
     // of common tags is checked against.
@@ -43,6 +72,7 @@ private:
         std::uint32_t lastChild;
     };
 
+    bool MoreText();
     std::size_t FastTag(std::size_t offset);
     void OpenTag(const XmlToken& token);
     void AddElement(std::size_t start, std::size_t length, std::size_t nameLength, bool empty);
@@ -55,7 +85,9 @@ private:
     void LinkLastChild(const OpenElement& element);
     std::wstring_view TagName(std::uint32_t start) const;
 
-    std::wstring_view m_text;
+    std::wstring* m_growing = nullptr;
+    IXmlTextSupply* m_supply = nullptr;
+    std::wstring_view m_text; // what has been supplied so far
     bool m_ignoreCase = false;
     CXmlElementTable* m_table = nullptr;
     std::vector<OpenElement> m_open; // index 0 is the document itself
