@@ -143,21 +143,26 @@ TEST_F(EngineFiles, MoveSavesAndLogs)
                                                           "Saving queue to " + Utf8(QueuePath()) +
                                                               " ... 2 entries"}));
 
-    // Stored as the player gave it: UTF-8 in the file, unescaped.
+    // Stored as the player gave it: UTF-8 in the file, unescaped; sent as
+    // percent-escaped UTF-8.
+    EXPECT_EQ(SubmissionQueue().front()->ArtistBytes(), "%E5%9D%82%E6%9C%AC%E9%BE%8D%E4%B8%80");
     const std::string file = ReadFileBytes(QueuePath());
     EXPECT_NE(file.find("<artist>" + Utf8(kSakamoto) + "</artist>"), std::string::npos);
     EXPECT_NE(file.find("<artist>Simon &amp; Garfunkel</artist>"), std::string::npos);
     EXPECT_FALSE(FileExists(QueuePath() + L".new")) << "the new file was moved over the old";
 
-    // The end of a pass: only the reattempt list stays.
+    // The end of a pass: only the reattempt list stays. Loaded again, it
+    // takes the replacements current then.
     TrackList reattempt;
     reattempt.splice(reattempt.end(), SubmissionQueue(), std::next(SubmissionQueue().begin()));
     ReplaceQueueContents(std::move(reattempt));
     ASSERT_TRUE(SaveQueue());
     ClearTrackLists();
+    SetCurrentReplacements({{L"Garfunkel", L"G."}});
     LoadQueue();
     ASSERT_EQ(SubmissionQueueCount(), 1u);
     EXPECT_EQ(SubmissionQueue().front()->Artist(), L"Simon & Garfunkel");
+    EXPECT_EQ(SubmissionQueue().front()->ArtistBytes(), "Simon%20%26%20G.");
 }
 
 TEST_F(EngineFiles, LoadLinesForMissingEmptyAndIncompleteQueues)
