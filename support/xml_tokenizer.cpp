@@ -9,19 +9,6 @@ namespace cvas
 namespace
 {
 
-// A tag that opens an element starts with a letter A-Z, "_", ":" or any
-// character from "a" upwards, which takes in every character beyond ASCII.
-bool StartsElementTag(wchar_t c)
-{
-    const auto u = static_cast<std::uint32_t>(c);
-    return (u >= 'A' && u <= 'Z') || u >= 'a' || u == '_' || u == ':';
-}
-
-bool EndsTagName(wchar_t c)
-{
-    return IsXmlSpace(c) || c == L'/' || c == L'>';
-}
-
 std::size_t Find(const wchar_t* text, std::size_t from, std::size_t end, wchar_t c)
 {
     if (from >= end)
@@ -71,7 +58,7 @@ XmlToken Incorrect(XmlToken token, const wchar_t* text, std::size_t end, XmlToke
 std::size_t NameLength(const wchar_t* text, std::size_t from, std::size_t end)
 {
     std::size_t i = from;
-    while (i < end && !EndsTagName(text[i]))
+    while (i < end && !EndsXmlTokenName(text[i]))
         ++i;
     return i - from;
 }
@@ -233,7 +220,7 @@ XmlToken NextXmlToken(const wchar_t* text, std::size_t end, std::size_t offset)
     if (offset + 1 >= end)
         return Unterminated(token, end, XmlNodeType::Error);
     const wchar_t next = text[offset + 1];
-    if (StartsElementTag(next))
+    if (StartsXmlElementTag(next))
         return ElementTag(token, text, end);
     if (next == L'/')
         return EndTag(token, text, end);

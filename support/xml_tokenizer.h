@@ -62,4 +62,18 @@ inline bool IsXmlSpace(wchar_t c)
     return c == L' ' || c == L'\t' || c == L'\n' || c == L'\r';
 }
 
+// A tag that opens an element starts with a letter A-Z, "_", ":" or any
+// character from "a" upwards, which takes in every character beyond ASCII.
+inline bool StartsXmlElementTag(wchar_t c)
+{
+    const auto u = static_cast<unsigned long>(c);
+    return (u >= 'A' && u <= 'Z') || u >= 'a' || u == '_' || u == ':';
+}
+
+// The name of a token (as messages show it) ends at one of " \t\n\r/>".
+inline bool EndsXmlTokenName(wchar_t c)
+{
+    return IsXmlSpace(c) || c == L'/' || c == L'>';
+}
+
 } // namespace cvas

@@ -45,12 +45,6 @@ bool SameName(const wchar_t* a, const wchar_t* b, std::size_t length, bool ignor
     return true;
 }
 
-bool StartsElementTag(wchar_t c)
-{
-    const auto u = static_cast<std::uint32_t>(c);
-    return (u >= 'A' && u <= 'Z') || u >= 'a' || u == '_' || u == ':';
-}
-
 } // namespace
 
 bool CXmlTextPieces::Next(std::wstring& text)
@@ -202,7 +196,7 @@ std::size_t CXmlTreeBuilder::FastTag(std::size_t offset)
         m_open.pop_back();
         return close + 1;
     }
-    if (!StartsElementTag(data[offset + 1]))
+    if (!StartsXmlElementTag(data[offset + 1]))
         return 0;
     std::size_t i = offset + 1;
     for (; i < end; ++i)
@@ -245,19 +239,35 @@ void CXmlTreeBuilder::OpenTag(const XmlToken& token)
     AddElement(token.start, token.length, nameLength, token.empty);
 }
 
+// A new element, the last child of the innermost open element.
 void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length, std::size_t nameLength,
                                  bool empty)
 {
     CXmlElementTable& table = *m_table;
-    const std::uint32_t parent = m_open.back().index;
+    OpenElement& parent = m_open.back();
     const std::uint32_t index = table.Allocate();
-    XmlElementRecord& record = table[index];
-    record.start = static_cast<std::uint32_t>(start);
-    record.length = static_cast<std::uint32_t>(length);
-    record.tagLengths = PackTagLengths(length, 0);
-    record.flagsAndLevel = static_cast<std::uint32_t>(m_open.size() - 1) & kXmlLevelMask;
-    record.parent = parent;
-    AppendChild(m_open.back(), index);
+    std::uint32_t flagsAndLevel = static_cast<std::uint32_t>(m_open.size() - 1) & kXmlLevelMask;
+    std::uint32_t previous;
+    if (parent.lastChild == 0)
+    {
+        table[parent.index].firstChild = index;
+        previous = index;
+        flagsAndLevel |= kXmlFirstChild;
+    }
+    else
+    {
+        table[parent.lastChild].next = index;
+        previous = parent.lastChild;
+    }
+    table[index] = {static_cast<std::uint32_t>(start),
+                    static_cast<std::uint32_t>(length),
+                    PackTagLengths(length, 0),
+                    flagsAndLevel,
+                    parent.index,
+                    0,
+                    0,
+                    previous};
+    parent.lastChild = index;
     if (!empty)
         m_open.push_back({index, static_cast<std::uint32_t>(start + 1),
                           static_cast<std::uint32_t>(nameLength), 0});
@@ -388,25 +398,6 @@ void CXmlTreeBuilder::CloseNotEnded(std::size_t keep)
     m_open.resize(keep + 1);
 }
 
-void CXmlTreeBuilder::AppendChild(OpenElement& parent, std::uint32_t child)
-{
-    CXmlElementTable& table = *m_table;
-    XmlElementRecord& record = table[child];
-    record.next = 0;
-    if (parent.lastChild == 0)
-    {
-        table[parent.index].firstChild = child;
-        record.prev = child;
-        record.flagsAndLevel |= kXmlFirstChild;
-    }
-    else
-    {
-        table[parent.lastChild].next = child;
-        record.prev = parent.lastChild;
-    }
-    parent.lastChild = child;
-}
-
 void CXmlTreeBuilder::LinkLastChild(const OpenElement& element)
 {
     if (element.lastChild != 0)
@@ -418,8 +409,7 @@ void CXmlTreeBuilder::LinkLastChild(const OpenElement& element)
 std::wstring_view CXmlTreeBuilder::TagName(std::uint32_t start) const
 {
     std::size_t end = start + 1;
-    while (end < m_text.size() && !IsXmlSpace(m_text[end]) && m_text[end] != L'/' &&
-           m_text[end] != L'>')
+    while (end < m_text.size() && !EndsXmlTokenName(m_text[end]))
         ++end;
     return m_text.substr(start + 1, end - (start + 1));
 }

@@ -81,7 +81,6 @@ private:
     void NoteError(std::wstring message);
     void MarkIllFormed();
     void CloseNotEnded(std::size_t keep);
-    void AppendChild(OpenElement& parent, std::uint32_t child);
     void LinkLastChild(const OpenElement& element);
     std::wstring_view TagName(std::uint32_t start) const;
 
