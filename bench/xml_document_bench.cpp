@@ -341,6 +341,7 @@ void Register(const char* name, void (*function)(benchmark::State&))
 {
     benchmark::RegisterBenchmark(name, function)
         ->Arg(5000)
+        ->Arg(20000)
         ->Arg(50000)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
