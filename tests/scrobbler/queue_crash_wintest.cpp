@@ -36,20 +36,29 @@ struct Saver
 {
     CHandle process;
     CHandle thread;
+    DWORD startError = 0;
 };
 
 Saver StartSaver(const std::wstring& appData, HANDLE ready, unsigned firstGeneration)
 {
+    DWORD lastError = 0;
     std::wstring commandLine = L"\"" + SaverPath() + L"\" \"" + appData + L"\" " +
                                std::to_wstring(reinterpret_cast<std::uintptr_t>(ready)) + L" " +
                                std::to_wstring(firstGeneration);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
-    PROCESS_INFORMATION started{};
-    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                        &startup, &started))
-        return {};
-    return {CHandle(started.hProcess), CHandle(started.hThread)};
+    // Under Wine on a loaded machine a process start now and then fails for a
+    // moment (seen once in a CI run); a few spaced tries ride it out.
+    for (int attempt = 0; attempt < 10; ++attempt)
+    {
+        PROCESS_INFORMATION started{};
+        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                           &startup, &started))
+            return {CHandle(started.hProcess), CHandle(started.hThread), 0};
+        lastError = GetLastError();
+        Sleep(500);
+    }
+    return {{}, {}, lastError};
 }
 
 } // namespace
@@ -76,7 +85,8 @@ TEST(QueueCrashSafety, KilledSaverAlwaysLeavesACompleteQueue)
         ResetEvent(ready.Get());
         // Each saver goes on from the queue the last one left.
         const Saver saver = StartSaver(appData, ready.Get(), generation + 1);
-        ASSERT_TRUE(saver.process) << "could not start " << WideToUtf8(SaverPath());
+        ASSERT_TRUE(saver.process) << "kill " << kill << ": could not start "
+                                   << WideToUtf8(SaverPath()) << ", error " << saver.startError;
         const HANDLE waits[] = {ready.Get(), saver.process.Get()};
         ASSERT_EQ(WaitForMultipleObjects(2, waits, FALSE, 60000), WAIT_OBJECT_0)
             << "the saver never saved its first queue";
