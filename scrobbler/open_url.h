@@ -1,0 +1,71 @@
+#pragma once
+// A GET through WinINet that the calling thread can give up on: the blocking
+// open runs on a short-lived connect thread while the caller waits for it,
+// for the shutdown event or for a time-out, whichever comes first.
+
+#include <windows.h>
+#include <wininet.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+namespace cvas
+{
+
+// How long the service may take to answer a connect, unless a test says less.
+constexpr DWORD kConnectTimeoutMs = 30000;
+
+class COpenURL
+{
+public:
+    enum Status : int
+    {
+        kNoThread = 0,          // the connect thread could not be created (error set)
+        kConnectFailed = 1,     // the open failed (error set, 0 when the session failed)
+        kTimedOut = 2,          // the connect thread was given up on
+        kConnected = 3,         // the request is open
+        kShutdownRequested = 4, // EventShutdown was set while connecting
+    };
+
+    COpenURL(std::wstring agent, std::wstring url);
+    // Closes the request, then the session, when they were opened.
+    virtual ~COpenURL();
+    COpenURL(const COpenURL&) = delete;
+    COpenURL& operator=(const COpenURL&) = delete;
+
+    // Makes a new transport in holder (dropping any earlier one), opens url
+    // on it and waits at most timeoutMs or until shutdown is set. A connect
+    // thread that does not end in time is terminated. True only when
+    // connected.
+    static bool Open(const std::wstring& agent, const std::wstring& url, DWORD timeoutMs,
+                     HANDLE shutdown, std::unique_ptr<COpenURL>& holder);
+
+    int Status() const { return m_status; }
+    DWORD Error() const { return m_error; }
+    const std::wstring& Url() const { return m_url; }
+    HINTERNET Session() const { return m_session; }
+    HINTERNET Request() const { return m_request; }
+
+    // The whole answer, read in chunks of up to 32,767 bytes, each taken as
+    // text in the ANSI code page.
+    std::wstring ReadAll();
+
+    // Writes to the status log why the open did not succeed; nothing when it
+    // did.
+    void ReportFailure() const;
+
+private:
+    static DWORD WINAPI ConnectThread(void* self);
+    void Connect();
+
+    const std::wstring m_agent;
+    const std::wstring m_url;
+    // Written by the connect thread, read by the caller after its wait.
+    std::atomic<HINTERNET> m_session{nullptr};
+    std::atomic<HINTERNET> m_request{nullptr};
+    std::atomic<DWORD> m_error{0};
+    int m_status = kConnectFailed;
+};
+
+} // namespace cvas

@@ -1,0 +1,169 @@
+#include "scrobbler/submission_pass.h"
+
+#include "scrobbler/error_text.h"
+#include "scrobbler/handshake.h"
+#include "scrobbler/handshake_answer.h"
+#include "scrobbler/internet_handle.h"
+#include "scrobbler/response_lines.h"
+#include "scrobbler/service_answer.h"
+#include "scrobbler/session_keys.h"
+#include "scrobbler/submission_queue.h"
+#include "scrobbler/submission_request.h"
+#include "support/ansi_text.h"
+#include "support/logs.h"
+#include "support/text_encoding.h"
+
+#include <vector>
+
+namespace cvas
+{
+namespace
+{
+
+constexpr wchar_t kPostHeader[] = L"Content-Type:application/x-www-form-urlencoded";
+
+struct CPostTarget
+{
+    std::wstring host;
+    INTERNET_PORT port = 0;
+    std::wstring path;
+};
+
+struct CPostOutcome
+{
+    bool shutdown = false;
+    bool answered = false;
+    std::vector<std::string> lines; // when answered
+    std::wstring failure;           // the status text of a failed step
+};
+
+CPostTarget MakePostTarget(const CSubmissionTarget& target)
+{
+    // A port the URL cannot mean is given as 0, and the connection fails.
+    const bool portFits = target.port > 0 && target.port <= 65535;
+    return {AnsiToWide(target.host), static_cast<INTERNET_PORT>(portFits ? target.port : 0),
+            AnsiToWide(target.path)};
+}
+
+CPostOutcome PostPlay(HINTERNET session, const CPostTarget& target, const std::string& body,
+                      DWORD timeoutMs, HANDLE shutdown)
+{
+    CPostOutcome outcome;
+    const CInternetHandle connection(InternetConnectW(
+        session, target.host.c_str(), target.port, nullptr, nullptr, INTERNET_SERVICE_HTTP, 0, 0));
+    if (!connection)
+    {
+        const std::wstring text = ErrorText(GetLastError());
+        StatusLog(0, L"Failed to connect to %ls: %ls", target.host.c_str(), text.c_str());
+        outcome.failure = L"Failed to connect to " + text;
+        return outcome;
+    }
+    CInternetHandle request(
+        HttpOpenRequestW(connection.Get(), L"POST", target.path.c_str(), nullptr, nullptr, nullptr,
+                         INTERNET_FLAG_RELOAD | INTERNET_FLAG_PRAGMA_NOCACHE, 0));
+    if (!request)
+    {
+        const std::wstring text = ErrorText(GetLastError());
+        StatusLog(0, L"Failed to OpenRequest to %ls: %ls", target.host.c_str(), text.c_str());
+        outcome.failure = L"Failed to open request to website";
+        return outcome;
+    }
+    CServiceExchange exchange;
+    exchange.request = request.Get();
+    exchange.header = kPostHeader;
+    exchange.body = &body;
+    if (RunExchange(exchange, timeoutMs, shutdown) == ExchangeEnd::Shutdown)
+    {
+        outcome.shutdown = true;
+        return outcome;
+    }
+    if (!exchange.sent)
+    {
+        const std::wstring text = ErrorText(exchange.sendError);
+        StatusLog(0, L"Failed to send the request: %ls", text.c_str());
+        outcome.failure = L"Failed to send the request";
+        return outcome;
+    }
+    outcome.lines = LogAnswerLines(exchange.answer);
+    request.Reset();
+    outcome.answered = true;
+    // Unlike the handshake, a post makes no pause at all without an interval.
+    const unsigned interval = ReadInterval(outcome.lines);
+    if (interval != 0 && !PauseUnlessShutdown(interval, shutdown))
+        outcome.shutdown = true;
+    return outcome;
+}
+
+} // namespace
+
+void RunSubmissionPass(const CSubmissionSettings& settings, HANDLE shutdown,
+                       const SubmissionReport& report)
+{
+    std::unique_ptr<COpenURL> transport;
+    std::vector<std::string> lines;
+    if (Handshake(settings, shutdown, transport, lines) != HandshakeResult::Success)
+    {
+        StatusLog(0, L"Failed to connect!");
+        return;
+    }
+    const CHandshakeAnswer answer = AcceptHandshake(lines);
+    if (answer.submissionUrl.empty())
+        return;
+    CSubmissionTarget split;
+    if (!SplitSubmissionUrl(answer.submissionUrl, split))
+    {
+        StatusLog(0, L"Malformed submission url: '%ls'", AnsiToWide(answer.submissionUrl).c_str());
+        return;
+    }
+    const CPostTarget target = MakePostTarget(split);
+    const std::string sessionResponse = SessionResponse(settings.passwordDigest, answer.challenge);
+    const std::string user = WideToUtf8(settings.userName);
+
+    TrackList& queue = SubmissionQueue();
+    std::vector<TrackList::iterator> kept;
+    for (auto it = queue.begin(); it != queue.end(); ++it)
+    {
+        const CTrackRecord& record = **it;
+        const std::string body =
+            BuildPostBody(user, sessionResponse,
+                          {record.ArtistBytes(), record.NameBytes(), record.AlbumBytes(),
+                           record.DurationBytes(), record.TimeBytes()});
+        const std::wstring bodyText = Utf8ToWide(body);
+        StatusLog(0, L"Built post reply: '%ls'", bodyText.c_str());
+
+        const CPostOutcome outcome =
+            PostPlay(transport->Session(), target, body, settings.connectTimeoutMs, shutdown);
+        // Plays the service may have taken already are sent again by a later
+        // pass: a play counted twice is better than one lost.
+        if (outcome.shutdown)
+            return;
+        bool succeeded = false;
+        std::wstring status = outcome.failure;
+        if (outcome.answered)
+        {
+            const CSubmissionVerdict verdict = JudgeSubmissionAnswer(outcome.lines);
+            succeeded = verdict.succeeded;
+            const std::wstring firstLine =
+                outcome.lines.empty() ? std::wstring() : AnsiToWide(outcome.lines[0]);
+            // An answer that neither accepts nor refuses shows its first line.
+            status = succeeded ? L"OK" : firstLine;
+            for (const std::string& refusal : verdict.refusals)
+            {
+                status = AnsiToWide(refusal);
+                FailedLog(1, L"%ls", firstLine.c_str());
+                FailedLog(2, L" ... %ls", bodyText.c_str());
+            }
+        }
+        if (report)
+            report(succeeded, record, status);
+        if (!succeeded && settings.reattemptFailed)
+            kept.push_back(it);
+    }
+    TrackList reattempt;
+    for (const auto& it : kept)
+        reattempt.splice(reattempt.end(), queue, it);
+    ReplaceQueueContents(std::move(reattempt));
+    SaveQueue();
+}
+
+} // namespace cvas

@@ -1,0 +1,142 @@
+#include "scrobbler/network_fixture.h"
+
+#include "scrobbler/data_files.h"
+#include "scrobbler/engine_state.h"
+#include "scrobbler/queue_file.h"
+#include "scrobbler/session_keys.h"
+#include "scrobbler/standin_client.h"
+#include "scrobbler/submission_queue.h"
+#include "settings/data_folder.h"
+#include "settings/ini_file.h"
+#include "support/logs.h"
+#include "support/text_encoding.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+namespace cvas::test
+{
+namespace
+{
+
+// The text of each log line after its "dd/mm/yyyy hh:mm:ss.mmm (%9u) > ".
+std::vector<std::wstring> LogTexts(const std::wstring& path)
+{
+    std::vector<std::wstring> texts;
+    if (!FileExists(path))
+        return texts;
+    const std::wstring all = Utf8ToWide(ReadFileBytes(path).substr(3));
+    std::size_t start = 0;
+    for (std::size_t end; (end = all.find(L"\r\n", start)) != std::wstring::npos; start = end + 2)
+    {
+        const std::wstring line = all.substr(start, end - start);
+        const std::size_t mark = line.find(L") > ");
+        texts.push_back(mark == std::wstring::npos ? line : line.substr(mark + 4));
+    }
+    return texts;
+}
+
+} // namespace
+
+void NetworkTest::SetUp()
+{
+    ASSERT_FALSE(StandinBase().empty()) << "run through run_with_standin.sh";
+    ASSERT_TRUE(ControlStandin(L"reset"));
+    OverrideSpecialFolders(root.Path() + L"Documents", root.Path() + L"AppData");
+    ForgetDataFilePaths();
+    WriteFileBytes(root.File(L"test.ini"), "[General]\r\nStatusLogLevel=1\r\n");
+    OpenLogs(CIni(root.File(L"test.ini")));
+    ASSERT_TRUE(CreateEngineEvents());
+    ClearTrackLists();
+}
+
+void NetworkTest::TearDown()
+{
+    ClearTrackLists();
+    CloseEngineEvents();
+    CloseLogs();
+    SetStatusLogLevel(1);
+    OverrideSpecialFolders(L"", L"");
+    ForgetDataFilePaths();
+}
+
+CSubmissionSettings NetworkTest::TesterSettings(bool reattemptFailed) const
+{
+    CSubmissionSettings settings;
+    settings.agentName = L"Microsoft Internet Explorer";
+    settings.handshakeUrl = StandinHandshakeUrl();
+    settings.userName = L"tester";
+    settings.passwordDigest = PasswordDigest("secret");
+    settings.reattemptFailed = reattemptFailed;
+    settings.connectTimeoutMs = 10000;
+    return settings;
+}
+
+void NetworkTest::Script(const std::wstring& actions)
+{
+    ASSERT_TRUE(ControlStandin(L"script?" + actions)) << actions;
+}
+
+void NetworkTest::QueueThreePlays()
+{
+    Enqueue(L"Artist", L"Album", L"One", 201, true);
+    Enqueue(L"Artist", L"Album", L"Two", 202, true);
+    Enqueue(L"Artist", L"Album", L"Three", 203, true);
+    ASSERT_TRUE(MoveIncomingToQueue());
+    ASSERT_EQ(SubmissionQueueCount(), 3u);
+}
+
+std::vector<std::wstring> NetworkTest::StatusTexts() const
+{
+    return LogTexts(DataFolder() + L"StatusLog.txt");
+}
+
+std::vector<std::wstring> NetworkTest::FailedTexts() const
+{
+    return LogTexts(DataFolder() + L"FailedLog.txt");
+}
+
+bool NetworkTest::StatusLogHas(const std::wstring& text) const
+{
+    const std::vector<std::wstring> texts = StatusTexts();
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+std::vector<std::wstring> NetworkTest::QueueFileNames() const
+{
+    TrackList queue;
+    LoadQueueFile(QueueFilePath(), CReplacementTable(), queue);
+    std::vector<std::wstring> names;
+    for (const auto& record : queue)
+        names.push_back(record->Name());
+    return names;
+}
+
+std::vector<CReportedOutcome> NetworkTest::Outcomes() const
+{
+    std::lock_guard<std::mutex> lock(m_outcomesMutex);
+    return m_outcomes;
+}
+
+SubmissionReport NetworkTest::Reporter()
+{
+    return [this](bool succeeded, const CTrackRecord& record, const std::wstring& status) {
+        std::lock_guard<std::mutex> lock(m_outcomesMutex);
+        m_outcomes.push_back({succeeded, record.Name(), status});
+    };
+}
+
+bool NetworkTest::WaitFor(const std::function<bool()>& condition, unsigned limitMs)
+{
+    const ULONGLONG deadline = GetTickCount64() + limitMs;
+    while (!condition())
+    {
+        if (GetTickCount64() >= deadline)
+            return condition();
+        Sleep(20);
+    }
+    return true;
+}
+
+} // namespace cvas::test

@@ -1,0 +1,173 @@
+#include "scrobbler/network_fixture.h"
+
+#include "scrobbler/engine_state.h"
+#include "scrobbler/standin_client.h"
+#include "scrobbler/submission_pass.h"
+#include "scrobbler/submission_queue.h"
+#include "settings/data_folder.h"
+#include "support/text_encoding.h"
+
+#include <windows.h>
+
+#include <thread>
+
+using namespace cvas;
+using namespace cvas::test;
+
+namespace
+{
+
+using SubmissionTest = NetworkTest;
+
+bool Recorded(const std::string& track)
+{
+    for (const std::string& play : RecordedPlays())
+        if (play.find("\"track\":\"" + track + "\"") != std::string::npos)
+            return true;
+    return false;
+}
+
+} // namespace
+
+TEST_F(SubmissionTest, MiddlePlayRefusedWithoutReattemptEndsThePassEmpty)
+{
+    Script(L"submit=ok&submit=failed:Track%20rejected&submit=ok");
+    QueueThreePlays();
+    RunSubmissionPass(TesterSettings(false), EventShutdown(), Reporter());
+
+    EXPECT_TRUE(Recorded("One"));
+    EXPECT_TRUE(Recorded("Three"));
+    EXPECT_EQ(JournalCount("submit"), 3u);
+    EXPECT_TRUE(QueueFileNames().empty());
+    EXPECT_EQ(SubmissionQueueCount(), 0u);
+
+    // The body (entry 2) stands above the answer (entry 1).
+    const auto failed = FailedTexts();
+    ASSERT_EQ(failed.size(), 2u);
+    EXPECT_EQ(failed[1], L"FAILED Track rejected");
+    EXPECT_EQ(failed[0].rfind(L" ... u=tester&s=", 0), 0u) << WideToUtf8(failed[0]);
+    EXPECT_NE(failed[0].find(L"&t[0]=Two&"), std::wstring::npos);
+    EXPECT_NE(failed[0].find(L"&m[0]=&l[0]=202&i[0]="), std::wstring::npos);
+
+    const auto outcomes = Outcomes();
+    ASSERT_EQ(outcomes.size(), 3u);
+    EXPECT_TRUE(outcomes[0].succeeded);
+    EXPECT_EQ(outcomes[0].status, L"OK");
+    EXPECT_FALSE(outcomes[1].succeeded);
+    EXPECT_EQ(outcomes[1].status, L"FAILED Track rejected");
+    EXPECT_TRUE(outcomes[2].succeeded);
+}
+
+TEST_F(SubmissionTest, MiddlePlayRefusedWithReattemptStaysAlone)
+{
+    Script(L"submit=ok&submit=failed:Track%20rejected&submit=ok");
+    QueueThreePlays();
+    RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
+    EXPECT_EQ(QueueFileNames(), std::vector<std::wstring>{L"Two"});
+    EXPECT_TRUE(StatusLogHas(L"Saving queue to " + DataFolder() + L"Queue.xml ... 1 entries"));
+}
+
+TEST_F(SubmissionTest, BadauthDoesNotEndThePass)
+{
+    CSubmissionSettings settings = TesterSettings(true);
+    settings.passwordDigest = "00000000000000000000000000000000"; // a wrong password
+    QueueThreePlays();
+    RunSubmissionPass(settings, EventShutdown(), Reporter());
+    EXPECT_EQ(JournalCount("handshake"), 1u) << "no new handshake";
+    EXPECT_EQ(JournalCount("submit"), 3u) << "every play was still posted";
+    EXPECT_TRUE(RecordedPlays().empty());
+    EXPECT_EQ(FailedTexts().size(), 6u);
+    EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two", L"Three"}));
+    for (const CReportedOutcome& outcome : Outcomes())
+        EXPECT_EQ(outcome.status, L"BADAUTH");
+}
+
+TEST_F(SubmissionTest, OnlyAnOkOnTheFirstLineIsSuccess)
+{
+    Script(L"submit=ok-late&submit=raw:Thanks%5CnOK&submit=crlf");
+    QueueThreePlays();
+    RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
+    const auto outcomes = Outcomes();
+    ASSERT_EQ(outcomes.size(), 3u);
+    EXPECT_FALSE(outcomes[0].succeeded);
+    EXPECT_EQ(outcomes[0].status, L"NOTICE");
+    EXPECT_FALSE(outcomes[1].succeeded);
+    EXPECT_TRUE(outcomes[2].succeeded);
+    EXPECT_TRUE(FailedTexts().empty()) << "neither a FAILED line nor BADAUTH";
+    EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two"}));
+}
+
+TEST_F(SubmissionTest, HostileAnswersFailThePlayAndLoseNothing)
+{
+    // WinINet sends a request again, once, when a kept-alive connection it
+    // reused is dropped; the second drop meets that new attempt.
+    Script(L"submit=drop&submit=drop&submit=binary&submit=huge");
+    QueueThreePlays();
+    RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
+    EXPECT_GE(JournalCount("submit"), 3u);
+    EXPECT_EQ(Outcomes().size(), 3u);
+    for (const CReportedOutcome& outcome : Outcomes())
+        EXPECT_FALSE(outcome.succeeded) << WideToUtf8(outcome.status);
+    EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two", L"Three"}));
+}
+
+TEST_F(SubmissionTest, UnreachableSubmissionHostFailsAtTheSendStep)
+{
+    Script(L"handshake=raw:UPTODATE%5Cnc%5Cnhttp://127.0.0.1:1/protocol_1.1%5Cn");
+    QueueThreePlays();
+    RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
+    EXPECT_TRUE(
+        StatusLogHas(L"Failed to send the request: Cannot connect to the specified address/port."));
+    for (const CReportedOutcome& outcome : Outcomes())
+        EXPECT_EQ(outcome.status, L"Failed to send the request");
+    EXPECT_EQ(QueueFileNames().size(), 3u);
+}
+
+TEST_F(SubmissionTest, PostThatIsNeverAnsweredFailsAfterTheWaitAndThePassGoesOn)
+{
+    Script(L"submit=hang");
+    QueueThreePlays();
+    CSubmissionSettings settings = TesterSettings(true);
+    settings.connectTimeoutMs = 700;
+    RunSubmissionPass(settings, EventShutdown(), Reporter());
+    EXPECT_TRUE(StatusLogHas(L"Failed to send the request: Timeout."));
+    const auto outcomes = Outcomes();
+    ASSERT_EQ(outcomes.size(), 3u);
+    EXPECT_EQ(outcomes[0].status, L"Failed to send the request");
+    EXPECT_TRUE(outcomes[1].succeeded);
+    EXPECT_TRUE(outcomes[2].succeeded);
+    EXPECT_EQ(QueueFileNames(), std::vector<std::wstring>{L"One"});
+}
+
+TEST_F(SubmissionTest, NonAsciiTextsArriveAsTheyWerePlayed)
+{
+    Enqueue(L"Bj\u00f6rk & \u5742\u672c", L"A+B = C", L"\u0416\u0438\u0437\u043d\u044c \u20ac", 240,
+            true);
+    ASSERT_TRUE(MoveIncomingToQueue());
+    RunSubmissionPass(TesterSettings(), EventShutdown(), Reporter());
+    const auto plays = RecordedPlays();
+    ASSERT_EQ(plays.size(), 1u);
+    const std::wstring play = Utf8ToWide(plays[0]);
+    EXPECT_NE(play.find(L"\"artist\":\"Bj\u00f6rk & \u5742\u672c\""), std::wstring::npos);
+    EXPECT_NE(play.find(L"\"album\":\"A+B = C\""), std::wstring::npos);
+    EXPECT_NE(play.find(L"\"track\":\"\u0416\u0438\u0437\u043d\u044c \u20ac\""),
+              std::wstring::npos);
+    EXPECT_NE(play.find(L"\"length\":\"240\""), std::wstring::npos);
+}
+
+TEST_F(SubmissionTest, ShutdownDuringAnIntervalPauseKeepsTheWholeQueue)
+{
+    Script(L"submit=interval:60");
+    QueueThreePlays();
+    std::thread stopper([this] {
+        WaitFor([this] { return StatusLogHas(L"Sleeping 60 seconds"); }, 10000);
+        SetEvent(EventShutdown());
+    });
+    RunSubmissionPass(TesterSettings(), EventShutdown(), Reporter());
+    stopper.join();
+    EXPECT_TRUE(StatusLogHas(L"Shutdown signal received!"));
+    EXPECT_TRUE(Recorded("One")) << "the service took the first play";
+    EXPECT_EQ(JournalCount("submit"), 1u);
+    EXPECT_EQ(SubmissionQueueCount(), 3u) << "the accepted play is sent again later";
+    EXPECT_TRUE(Outcomes().empty());
+}

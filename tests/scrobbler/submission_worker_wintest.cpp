@@ -1,0 +1,148 @@
+#include "scrobbler/network_fixture.h"
+
+#include "scrobbler/engine_state.h"
+#include "scrobbler/standin_client.h"
+#include "scrobbler/submission_queue.h"
+#include "scrobbler/submission_worker.h"
+#include "support/text_encoding.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+using namespace cvas;
+using namespace cvas::test;
+
+namespace
+{
+
+constexpr DWORD kStopLimitMs = 5000; // what the plug-in waits for the worker
+constexpr DWORD kLastChanceMs = 20000;
+
+class WorkerTest : public NetworkTest
+{
+protected:
+    void TearDown() override
+    {
+        StopWorker();
+        NetworkTest::TearDown();
+    }
+    void StartWorker(CSubmissionSettings settings)
+    {
+        worker = StartSubmissionWorker(std::move(settings), Reporter());
+        ASSERT_TRUE(worker);
+    }
+    // Sets EventShutdown and waits as the plug-in does; true when it ended.
+    bool StopWorker()
+    {
+        if (!worker)
+            return true;
+        SetEvent(EventShutdown());
+        const bool ended = WaitForSingleObject(worker.Get(), kStopLimitMs) == WAIT_OBJECT_0;
+        if (ended)
+            worker.Reset();
+        else if (WaitForSingleObject(worker.Get(), kLastChanceMs) != WAIT_OBJECT_0)
+        {
+            // A worker that never ends would hang the whole run; the test has
+            // failed already, so end it by force.
+            ADD_FAILURE() << "the worker did not end within " << kLastChanceMs << " ms more";
+            TerminateThread(worker.Get(), 1);
+            WaitForSingleObject(worker.Get(), kLastChanceMs);
+        }
+        ResetEvent(EventShutdown());
+        return ended;
+    }
+    bool IsWaiting()
+    {
+        return !StatusTexts().empty() && StatusTexts()[0] == L"Waiting for something to do ...";
+    }
+
+    std::size_t CountStatus(const std::wstring& text)
+    {
+        const auto texts = StatusTexts();
+        return static_cast<std::size_t>(std::count(texts.begin(), texts.end(), text));
+    }
+
+    CHandle worker;
+};
+
+} // namespace
+
+TEST_F(WorkerTest, SubmitsAPlayWithinASecondOfEventData)
+{
+    StartWorker(TesterSettings());
+    ASSERT_TRUE(WaitFor([this] { return IsWaiting(); }, 5000));
+    Sleep(200);
+    EXPECT_EQ(CountStatus(L"Waiting for something to do ..."), 1u) << "then it blocks";
+
+    Enqueue(L"Artist", L"Album", L"Now", 200, true);
+    EXPECT_TRUE(WaitFor([] { return RecordedPlays().size() == 1; }, 1000));
+    ASSERT_TRUE(WaitFor([this] { return IsWaiting(); }, 5000));
+    EXPECT_TRUE(StatusLogHas(L"Timeout")) << "an EventData wake-up reads like a time-out";
+    EXPECT_TRUE(StatusLogHas(L"Added 1 entries to queue"));
+    ASSERT_TRUE(StopWorker());
+    EXPECT_TRUE(StatusLogHas(L"Told to exit"));
+    EXPECT_TRUE(QueueFileNames().empty());
+}
+
+TEST_F(WorkerTest, RetriesAFailedPassAfterItsWait)
+{
+    Script(L"handshake=failed:Down");
+    CSubmissionSettings settings = TesterSettings();
+    settings.retryWaitMs = 200;
+    StartWorker(settings);
+    Enqueue(L"Artist", L"Album", L"First", 200, true);
+    // The refused handshake leaves the play queued; the next pass sends it.
+    EXPECT_TRUE(WaitFor([] { return RecordedPlays().size() == 1; }, 5000));
+    EXPECT_EQ(JournalCount("handshake"), 2u);
+    EXPECT_TRUE(StatusLogHas(L"Wait status 258"));
+}
+
+TEST_F(WorkerTest, ShutdownMovesIncomingPlaysIntoTheSavedQueue)
+{
+    StartWorker(TesterSettings());
+    ASSERT_TRUE(WaitFor([this] { return IsWaiting(); }, 5000));
+    {
+        // The worker wakes for the shutdown and waits for the lock; the play
+        // arrives in the incoming list meanwhile.
+        CLock lock(QueueLock());
+        SetEvent(EventShutdown());
+        Enqueue(L"Artist", L"Album", L"Late", 200, true);
+    }
+    ASSERT_TRUE(StopWorker());
+    EXPECT_TRUE(StatusLogHas(L"Wait status 0"));
+    EXPECT_TRUE(StatusLogHas(L"Added 1 entries to queue"));
+    EXPECT_TRUE(StatusLogHas(L"Told to exit"));
+    EXPECT_EQ(QueueFileNames(), std::vector<std::wstring>{L"Late"});
+    EXPECT_EQ(JournalCount("handshake"), 0u);
+}
+
+TEST_F(WorkerTest, ShutdownDuringAnIntervalPauseKeepsTheWholeQueue)
+{
+    Script(L"submit=interval:60");
+    Enqueue(L"Artist", L"Album", L"One", 201, true);
+    Enqueue(L"Artist", L"Album", L"Two", 202, true);
+    Enqueue(L"Artist", L"Album", L"Three", 203, true);
+    StartWorker(TesterSettings());
+    ASSERT_TRUE(WaitFor([this] { return StatusLogHas(L"Sleeping 60 seconds"); }, 10000));
+    ASSERT_TRUE(StopWorker());
+    EXPECT_EQ(JournalCount("submit"), 1u);
+    EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two", L"Three"}));
+}
+
+TEST_F(WorkerTest, ShutdownWhileTheServerHangsEndsTheWorkerInTime)
+{
+    for (const std::string kind : {"handshake", "submit"})
+    {
+        SCOPED_TRACE(kind);
+        ASSERT_TRUE(ControlStandin(L"reset"));
+        Script(Utf8ToWide(kind) + L"=hang");
+        Enqueue(L"Artist", L"Album", L"Stuck", 200, true);
+        StartWorker(TesterSettings());
+        ASSERT_TRUE(WaitFor([&kind] { return JournalCount(kind) == 1; }, 10000));
+        Sleep(200); // the request is in the service's hands now
+        EXPECT_TRUE(StopWorker()) << "ended within 5 seconds";
+        EXPECT_EQ(QueueFileNames(), std::vector<std::wstring>{L"Stuck"});
+        ClearTrackLists();
+    }
+}
