@@ -1,5 +1,7 @@
 #include "support/xml_names.h"
 
+#include <algorithm>
+
 #include "support/xml_tokenizer.h"
 
 namespace cvas
@@ -56,6 +58,13 @@ bool XmlNamesEqual(std::wstring_view a, std::wstring_view b, bool ignoreCase)
             return false;
     }
     return true;
+}
+
+void XmlNameKey(std::wstring_view name, bool ignoreCase, std::wstring& key)
+{
+    key.assign(name);
+    if (ignoreCase)
+        std::transform(key.begin(), key.end(), key.begin(), FoldAscii);
 }
 
 bool FindXmlAttribute(std::wstring_view attributes, std::wstring_view name, bool ignoreCase,

@@ -2,6 +2,7 @@
 // How tag and attribute names are delimited and compared.
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace cvas
@@ -15,6 +16,10 @@ std::size_t XmlTagNameLength(std::wstring_view tagText);
 // letters match without regard to case (other characters must be equal, so
 // the result is the same whatever the C runtime's locale).
 bool XmlNamesEqual(std::wstring_view a, std::wstring_view b, bool ignoreCase);
+
+// Writes into key a text that is the same for two names exactly when
+// XmlNamesEqual holds for them.
+void XmlNameKey(std::wstring_view name, bool ignoreCase, std::wstring& key);
 
 // Looks for the named attribute in the text of a tag after its name
 // (attributes are name="value", name='value', name=value or a bare name);

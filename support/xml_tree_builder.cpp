@@ -71,6 +71,8 @@ std::wstring CXmlTreeBuilder::Build(std::wstring& text, IXmlTextSupply* supply,
     table.Reset(std::max(expectedLength, text.size()) / 64 + 8);
     m_open.clear();
     m_open.push_back({0, 0, 0, 0});
+    m_openNames.Reset();
+    m_levelsMoved = false;
 
     for (std::size_t offset = 0;;)
     {
@@ -141,6 +143,9 @@ std::wstring CXmlTreeBuilder::Build(std::wstring& text, IXmlTextSupply* supply,
         CloseNotEnded(0);
     }
     LinkLastChild(m_open[0]);
+    if (m_levelsMoved)
+        RecomputeLevels();
+    m_openNames.Reset();
     const std::uint32_t root = table[0].firstChild;
     if (m_text.empty())
         NoteError(L"Empty document");
@@ -193,7 +198,7 @@ std::size_t CXmlTreeBuilder::FastTag(std::size_t offset)
         record.length = static_cast<std::uint32_t>(close + 1 - record.start);
         record.tagLengths = PackTagLengths(StartTagLength(record), close + 1 - offset);
         LinkLastChild(open);
-        m_open.pop_back();
+        PopOpenTo(m_open.size() - 1);
         return close + 1;
     }
     if (!StartsXmlElementTag(data[offset + 1]))
@@ -269,20 +274,32 @@ void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length, std::siz
                     previous};
     parent.lastChild = index;
     if (!empty)
+    {
         m_open.push_back({index, static_cast<std::uint32_t>(start + 1),
                           static_cast<std::uint32_t>(nameLength), 0});
+        if (m_openNames.Active())
+            m_openNames.Push(m_text.substr(start + 1, nameLength));
+    }
 }
 
 void CXmlTreeBuilder::CloseTag(const XmlToken& token)
 {
     CXmlElementTable& table = *m_table;
     const std::wstring_view name = m_text.substr(token.start + 2, token.nameLength);
-    // Match the open elements from the innermost outwards.
+    // The innermost open element of that name; 0 (the document) when none.
     std::size_t match = m_open.size() - 1;
-    while (match > 0 &&
-           !XmlNamesEqual(m_text.substr(m_open[match].nameStart, m_open[match].nameLength), name,
-                          m_ignoreCase))
-        --match;
+    if (match > 0 &&
+        !XmlNamesEqual(m_text.substr(m_open[match].nameStart, m_open[match].nameLength), name,
+                       m_ignoreCase))
+    {
+        if (!m_openNames.Active())
+        {
+            m_openNames.Activate(m_ignoreCase);
+            for (std::size_t i = 1; i < m_open.size(); ++i)
+                m_openNames.Push(m_text.substr(m_open[i].nameStart, m_open[i].nameLength));
+        }
+        match = m_openNames.Innermost(name);
+    }
     if (match == 0)
     {
         if (!m_haveError)
@@ -306,7 +323,14 @@ void CXmlTreeBuilder::CloseTag(const XmlToken& token)
     record.length = static_cast<std::uint32_t>(token.End() - record.start);
     record.tagLengths = PackTagLengths(StartTagLength(record), token.length);
     LinkLastChild(m_open[match]);
-    m_open.pop_back();
+    PopOpenTo(m_open.size() - 1);
+}
+
+void CXmlTreeBuilder::PopOpenTo(std::size_t count)
+{
+    m_open.resize(count);
+    if (m_openNames.Active())
+        m_openNames.PopTo(count);
 }
 
 void CXmlTreeBuilder::NoteError(const XmlToken& token)
@@ -340,36 +364,19 @@ void CXmlTreeBuilder::CloseNotEnded(std::size_t keep)
 {
     CXmlElementTable& table = *m_table;
     const std::uint32_t adopter = m_open[keep].index;
-    const std::uint32_t level = adopter == 0 ? 0 : (LevelOf(table[adopter]) + 1) & kXmlLevelMask;
 
     // Moves one element (with what is below it) to the end of the adopter's
-    // children, at the adopter's children's level.
+    // children.
     std::uint32_t tail = m_open[keep + 1].index; // already the adopter's last child
     auto adopt = [&](std::uint32_t node) {
         XmlElementRecord& record = table[node];
-        const std::uint32_t shift = (LevelOf(record) - level) & kXmlLevelMask;
         record.parent = adopter;
         record.flagsAndLevel &= ~kXmlFirstChild;
         table[tail].next = node;
         record.prev = tail;
         tail = node;
-        for (std::uint32_t at = node;;)
-        {
-            XmlElementRecord& below = table[at];
-            below.flagsAndLevel =
-                (below.flagsAndLevel & ~kXmlLevelMask) | ((LevelOf(below) - shift) & kXmlLevelMask);
-            if (below.firstChild != 0)
-            {
-                at = below.firstChild;
-                continue;
-            }
-            while (at != node && table[at].next == 0)
-                at = table[at].parent;
-            if (at == node)
-                break;
-            at = table[at].next;
-        }
     };
+    m_levelsMoved = true;
 
     bool illFormedBelow = false;
     for (std::size_t j = keep + 1; j < m_open.size(); ++j)
@@ -395,7 +402,32 @@ void CXmlTreeBuilder::CloseNotEnded(std::size_t keep)
     m_open[keep].lastChild = tail;
     if (illFormedBelow)
         table[adopter].flagsAndLevel |= kXmlIllFormedBelow;
-    m_open.resize(keep + 1);
+    PopOpenTo(keep + 1);
+}
+
+// Gives every element the depth it has now, walking the tree once.
+void CXmlTreeBuilder::RecomputeLevels()
+{
+    CXmlElementTable& table = *m_table;
+    std::uint32_t level = 0;
+    for (std::uint32_t at = table[0].firstChild; at != 0;)
+    {
+        XmlElementRecord& record = table[at];
+        record.flagsAndLevel = (record.flagsAndLevel & ~kXmlLevelMask) | (level & kXmlLevelMask);
+        if (record.firstChild != 0)
+        {
+            at = record.firstChild;
+            ++level;
+            continue;
+        }
+        while (at != 0 && table[at].next == 0)
+        {
+            at = table[at].parent;
+            --level;
+        }
+        if (at != 0)
+            at = table[at].next;
+    }
 }
 
 void CXmlTreeBuilder::LinkLastChild(const OpenElement& element)

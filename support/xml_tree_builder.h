@@ -3,6 +3,7 @@
 // under index 0. Errors never stop it; the first one is kept as a message.
 
 #include "support/xml_element_table.h"
+#include "support/xml_open_names.h"
 #include "support/xml_tokenizer.h"
 
 #include <cstdint>
@@ -81,6 +82,8 @@ private:
     void NoteError(std::wstring message);
     void MarkIllFormed();
     void CloseNotEnded(std::size_t keep);
+    void PopOpenTo(std::size_t count);
+    void RecomputeLevels();
     void LinkLastChild(const OpenElement& element);
     std::wstring_view TagName(std::uint32_t start) const;
 
@@ -90,6 +93,10 @@ private:
     bool m_ignoreCase = false;
     CXmlElementTable* m_table = nullptr;
     std::vector<OpenElement> m_open; // index 0 is the document itself
+    CXmlOpenNames m_openNames;       // kept after the first mismatched end tag
+    // Elements closed as not ended moved up; the levels are put right once,
+    // at the end, instead of at every move.
+    bool m_levelsMoved = false;
     std::wstring m_firstError;
     bool m_haveError = false;
     bool m_tokenizerOnly = false;

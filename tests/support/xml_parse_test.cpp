@@ -1,10 +1,14 @@
 // The lenient parser: error texts, what stays navigable after an error, and
 // when a document counts as well formed.
 #include "support/xml_document.h"
+#include "support/xml_tree_builder.h"
 
 #include <gtest/gtest.h>
 
+#include <cwctype>
+#include <random>
 #include <string>
+#include <vector>
 
 using namespace cvas;
 
@@ -156,4 +160,130 @@ TEST(XmlParse, DeepAndLongDocumentsParseWithoutRecursion)
     text.resize(300000);
     EXPECT_FALSE(document.SetDoc(text));
     EXPECT_TRUE(document.FindElem(L"d[100000]"));
+}
+
+namespace
+{
+
+// What the lenient parser must build from a document of bare tags, kept the
+// plain way: the open elements searched from the innermost outwards, and
+// elements left open moved up with their children.
+struct ModelNode
+{
+    wchar_t name;
+    std::vector<int> children;
+};
+
+std::wstring ModelTree(const std::wstring& text, bool ignoreCase)
+{
+    const auto same = [ignoreCase](wchar_t a, wchar_t b) {
+        return ignoreCase ? std::towlower(a) == std::towlower(b) : a == b;
+    };
+    std::vector<ModelNode> nodes{{L'#', {}}};
+    std::vector<int> open{0};
+    for (std::size_t at = 0; at < text.size();)
+    {
+        const bool end = text[at + 1] == L'/';
+        const wchar_t name = text[at + (end ? 2 : 1)];
+        const bool empty = !end && text[at + 2] == L'/';
+        at = text.find(L'>', at) + 1;
+        if (!end)
+        {
+            nodes.push_back({name, {}});
+            nodes[open.back()].children.push_back(static_cast<int>(nodes.size() - 1));
+            if (!empty)
+                open.push_back(static_cast<int>(nodes.size() - 1));
+            continue;
+        }
+        std::size_t match = open.size() - 1;
+        while (match > 0 && !same(nodes[open[match]].name, name))
+            --match;
+        if (match == 0)
+            continue;
+        for (std::size_t j = match + 1; j < open.size(); ++j)
+        {
+            auto& moved = nodes[open[j]].children;
+            auto& adopter = nodes[open[match]].children;
+            adopter.insert(adopter.end(), moved.begin(), moved.end());
+            moved.clear();
+        }
+        open.resize(match);
+    }
+    for (std::size_t j = 1; j < open.size(); ++j) // not ended at the end
+    {
+        auto& moved = nodes[open[j]].children;
+        nodes[0].children.insert(nodes[0].children.end(), moved.begin(), moved.end());
+        moved.clear();
+    }
+    std::wstring tree;
+    const auto write = [&](auto& self, int node) -> void {
+        for (const int child : nodes[node].children)
+        {
+            tree += nodes[child].name;
+            tree += L'(';
+            self(self, child);
+            tree += L')';
+        }
+    };
+    write(write, 0);
+    return tree;
+}
+
+// The same written from the element table, checking every level on the way.
+std::wstring BuiltTree(const std::wstring& text, const CXmlElementTable& table)
+{
+    std::wstring tree;
+    const auto write = [&](auto& self, std::uint32_t parent, std::uint32_t level) -> void {
+        for (std::uint32_t child = table[parent].firstChild; child != 0; child = table[child].next)
+        {
+            EXPECT_EQ(LevelOf(table[child]), level) << "element at offset " << table[child].start;
+            EXPECT_EQ(table[child].parent, parent);
+            tree += text[table[child].start + 1];
+            tree += L'(';
+            self(self, child, level + 1);
+            tree += L')';
+        }
+    };
+    write(write, 0, 0);
+    return tree;
+}
+
+} // namespace
+
+TEST(XmlParse, StrayAndMismatchedEndTagsBuildTheTreeOfTheLenientRules)
+{
+    // Random tag soups of few names, so that end tags often match an element
+    // far out, none at all, or one of another case.
+    std::mt19937 random(20261123);
+    const std::wstring names = L"abcAB";
+    CXmlTreeBuilder builder;
+    CXmlElementTable table;
+    for (int round = 0; round < 3000; ++round)
+    {
+        std::wstring text;
+        const int tags = 1 + static_cast<int>(random() % 60);
+        for (int i = 0; i < tags; ++i)
+        {
+            const wchar_t name = names[random() % names.size()];
+            switch (random() % 5)
+            {
+            case 0:
+            case 1:
+                text += std::wstring(L"<") + name + L">";
+                break;
+            case 2:
+                text += std::wstring(L"<") + name + L"/>";
+                break;
+            default:
+                text += std::wstring(L"</") + name + L">";
+                break;
+            }
+        }
+        const bool ignoreCase = round % 2 == 1;
+        std::wstring parsed = text;
+        builder.Build(parsed, nullptr, parsed.size(), ignoreCase, table);
+        ASSERT_EQ(BuiltTree(text, table), ModelTree(text, ignoreCase))
+            << "document " << std::string(text.begin(), text.end())
+            << (ignoreCase ? " without case" : "");
+    }
 }
