@@ -24,9 +24,13 @@ namespace
 std::vector<std::wstring> LogTexts(const std::wstring& path)
 {
     std::vector<std::wstring> texts;
-    if (!FileExists(path))
+    // The worker rewrites a log whole while tests poll it, so a read may
+    // meet it empty or cut short: that reads as fewer lines, and the poll
+    // reads again.
+    const std::string bytes = FileExists(path) ? ReadFileBytes(path) : std::string();
+    if (bytes.size() < 3)
         return texts;
-    const std::wstring all = Utf8ToWide(ReadFileBytes(path).substr(3));
+    const std::wstring all = Utf8ToWide(bytes.substr(3));
     std::size_t start = 0;
     for (std::size_t end; (end = all.find(L"\r\n", start)) != std::wstring::npos; start = end + 2)
     {
