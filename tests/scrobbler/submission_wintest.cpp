@@ -9,8 +9,6 @@
 
 #include <windows.h>
 
-#include <thread>
-
 using namespace cvas;
 using namespace cvas::test;
 
@@ -153,21 +151,4 @@ TEST_F(SubmissionTest, NonAsciiTextsArriveAsTheyWerePlayed)
     EXPECT_NE(play.find(L"\"track\":\"\u0416\u0438\u0437\u043d\u044c \u20ac\""),
               std::wstring::npos);
     EXPECT_NE(play.find(L"\"length\":\"240\""), std::wstring::npos);
-}
-
-TEST_F(SubmissionTest, ShutdownDuringAnIntervalPauseKeepsTheWholeQueue)
-{
-    Script(L"submit=interval:60");
-    QueueThreePlays();
-    std::thread stopper([this] {
-        WaitFor([this] { return StatusLogHas(L"Sleeping 60 seconds"); }, 10000);
-        SetEvent(EventShutdown());
-    });
-    RunSubmissionPass(TesterSettings(), EventShutdown(), Reporter());
-    stopper.join();
-    EXPECT_TRUE(StatusLogHas(L"Shutdown signal received!"));
-    EXPECT_TRUE(Recorded("One")) << "the service took the first play";
-    EXPECT_EQ(JournalCount("submit"), 1u);
-    EXPECT_EQ(SubmissionQueueCount(), 3u) << "the accepted play is sent again later";
-    EXPECT_TRUE(Outcomes().empty());
 }

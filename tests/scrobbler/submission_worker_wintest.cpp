@@ -120,13 +120,17 @@ TEST_F(WorkerTest, ShutdownMovesIncomingPlaysIntoTheSavedQueue)
 TEST_F(WorkerTest, ShutdownDuringAnIntervalPauseKeepsTheWholeQueue)
 {
     Script(L"submit=interval:60");
-    Enqueue(L"Artist", L"Album", L"One", 201, true);
-    Enqueue(L"Artist", L"Album", L"Two", 202, true);
-    Enqueue(L"Artist", L"Album", L"Three", 203, true);
+    QueueThreePlays();
     StartWorker(TesterSettings());
     ASSERT_TRUE(WaitFor([this] { return StatusLogHas(L"Sleeping 60 seconds"); }, 10000));
     ASSERT_TRUE(StopWorker());
+    EXPECT_TRUE(StatusLogHas(L"Shutdown signal received!"));
+    ASSERT_EQ(RecordedPlays().size(), 1u) << "the service took the first play";
+    EXPECT_NE(RecordedPlays()[0].find("\"track\":\"One\""), std::string::npos);
     EXPECT_EQ(JournalCount("submit"), 1u);
+    EXPECT_TRUE(Outcomes().empty());
+    // The accepted play is sent again later: counted twice beats lost.
+    EXPECT_EQ(SubmissionQueueCount(), 3u);
     EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two", L"Three"}));
 }
 
