@@ -9,23 +9,6 @@ namespace cvas
 namespace
 {
 
-bool EndsTagName(wchar_t c)
-{
-    switch (c)
-    {
-    case L'<':
-    case L'>':
-    case L'=':
-    case L'\\':
-    case L'/':
-    case L'?':
-    case L'!':
-        return true;
-    default:
-        return IsXmlSpace(c);
-    }
-}
-
 bool EndsAttributeName(wchar_t c)
 {
     return IsXmlSpace(c) || c == L'=' || c == L'/' || c == L'>' || c == L'"' || c == L'\'';
@@ -41,7 +24,7 @@ wchar_t FoldAscii(wchar_t c)
 std::size_t XmlTagNameLength(std::wstring_view tagText)
 {
     std::size_t i = 0;
-    while (i < tagText.size() && !EndsTagName(tagText[i]))
+    while (i < tagText.size() && !EndsXmlTagName(tagText[i]))
         ++i;
     return i;
 }

@@ -8,8 +8,28 @@
 namespace cvas
 {
 
-// A tag's name, as paths and end tags match it, starts after "<" and ends at
-// white space or one of "<>=\/?!".
+// A tag's name, as paths, start tags and end tags alike match it, starts
+// after "<" or "</" and ends at white space or one of "<>=\/?!".
+constexpr bool EndsXmlTagName(wchar_t c)
+{
+    switch (c)
+    {
+    case L' ':
+    case L'\t':
+    case L'\n':
+    case L'\r':
+    case L'<':
+    case L'>':
+    case L'=':
+    case L'\\':
+    case L'/':
+    case L'?':
+    case L'!':
+        return true;
+    default:
+        return false;
+    }
+}
 std::size_t XmlTagNameLength(std::wstring_view tagText);
 
 // Whether two names have the same characters; with ignoreCase the ASCII

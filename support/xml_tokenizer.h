@@ -38,8 +38,9 @@ struct XmlToken
     XmlNodeType type = XmlNodeType::EndOfDocument;
     std::size_t start = 0;
     std::size_t length = 0;
-    // Element and end tags: the name runs from after "<" or "</" to the
-    // first of " \t\n\r/>".
+    // Element and end tags: the name as messages show it, from after "<" or
+    // "</" to the first of " \t\n\r/>". Elements are matched by the shorter
+    // name of XmlTagNameLength.
     std::size_t nameLength = 0;
     bool empty = false; // an element tag closed by "/>"
     // Tokens of type Error: what is wrong, where, and for an unterminated

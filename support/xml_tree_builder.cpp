@@ -13,19 +13,18 @@ namespace
 {
 
 // How a character reads inside a tag name on the fast path: a plain name
-// character, one that ends the name (there the name as end tags match it and
-// the name as messages show it are the same), or one that needs the
-// tokenizer (a name that ends differently for the two, or a quote).
+// character, one that ends the name, or a quote, which needs the tokenizer
+// (its quoted mode starts inside the name).
 constexpr unsigned char kNameGoesOn = 0;
 constexpr unsigned char kNameEnds = 1;
 constexpr unsigned char kNameNeedsTokenizer = 2;
 
 constexpr std::array<unsigned char, 128> kNameCharacters = [] {
     std::array<unsigned char, 128> classes{};
-    for (char c : std::string_view(" \t\n\r>/"))
-        classes[static_cast<unsigned char>(c)] = kNameEnds;
-    for (char c : std::string_view("<=\\?!\"'"))
-        classes[static_cast<unsigned char>(c)] = kNameNeedsTokenizer;
+    for (std::size_t c = 0; c < classes.size(); ++c)
+        classes[c] = EndsXmlTagName(static_cast<wchar_t>(c)) ? kNameEnds : kNameGoesOn;
+    classes['"'] = kNameNeedsTokenizer;
+    classes['\''] = kNameNeedsTokenizer;
     return classes;
 }();
 
@@ -285,7 +284,10 @@ void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length, std::siz
 void CXmlTreeBuilder::CloseTag(const XmlToken& token)
 {
     CXmlElementTable& table = *m_table;
-    const std::wstring_view name = m_text.substr(token.start + 2, token.nameLength);
+    // Messages show the name as the tokenizer delimits it; it is matched by
+    // the same rule as start tags, which may end it sooner.
+    const std::wstring_view shown = m_text.substr(token.start + 2, token.nameLength);
+    const std::wstring_view name = shown.substr(0, XmlTagNameLength(shown));
     // The innermost open element of that name; 0 (the document) when none.
     std::size_t match = m_open.size() - 1;
     if (match > 0 &&
@@ -303,7 +305,7 @@ void CXmlTreeBuilder::CloseTag(const XmlToken& token)
     if (match == 0)
     {
         if (!m_haveError)
-            NoteError(L"No start tag for end tag '" + std::wstring(name) + L"' at offset " +
+            NoteError(L"No start tag for end tag '" + std::wstring(shown) + L"' at offset " +
                       std::to_wstring(token.start));
         MarkIllFormed();
         return;
@@ -312,7 +314,7 @@ void CXmlTreeBuilder::CloseTag(const XmlToken& token)
     {
         const std::uint32_t innerStart = table[m_open.back().index].start;
         if (!m_haveError)
-            NoteError(L"End tag '" + std::wstring(name) + L"' at offset " +
+            NoteError(L"End tag '" + std::wstring(shown) + L"' at offset " +
                       std::to_wstring(token.start) + L" does not match start tag '" +
                       std::wstring(TagName(innerStart)) + L"' at offset " +
                       std::to_wstring(innerStart));

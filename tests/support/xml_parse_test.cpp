@@ -8,6 +8,7 @@
 #include <cwctype>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace cvas;
@@ -141,6 +142,30 @@ TEST(XmlParse, EndTagsMatchWithoutCaseOnlyWithFlag8)
 {
     EXPECT_TRUE(Parse(L"<Track>x</TRACK>", kXmlDocIgnoreCase).wellFormed);
     EXPECT_EQ(Parse(L"<Track>x</TRACK>").result, L"No start tag for end tag 'TRACK' at offset 8");
+}
+
+TEST(XmlParse, StartAndEndTagsAreNamedByOneRule)
+{
+    // A name ends at white space or one of "<>=\/?!" in start and end tags
+    // alike; ".", "-", ":" and characters beyond ASCII belong to it.
+    const std::wstring nonAscii = L"\x00E9\x4E2D\U0001F3B5";
+    const std::pair<std::wstring, std::wstring> cases[] = {
+        {L"<a?>x</a?>", L"a"},
+        {L"<a!b>x</a=c>", L"a"},
+        {L"<a\\>x</a\\>", L"a"},
+        {L"<n-1.2:c?>x</n-1.2:c!>", L"n-1.2:c"},
+        {L"<" + nonAscii + L"?>x</" + nonAscii + L"<>", nonAscii}};
+    for (const auto& [text, name] : cases)
+    {
+        CXmlDocument document;
+        EXPECT_TRUE(document.SetDoc(text)) << text << ": " << document.GetResult();
+        ASSERT_TRUE(document.FindElem(L"/" + name)) << text;
+        EXPECT_EQ(document.GetData(), L"x") << text;
+    }
+    // Messages show an end tag's name up to white space, "/" or ">".
+    EXPECT_EQ(Parse(L"<a.b>x</a?c>").result, L"No start tag for end tag 'a?c' at offset 6");
+    EXPECT_EQ(Parse(L"<a-b><a>x</a-c></a-b>").result,
+              L"No start tag for end tag 'a-c' at offset 9");
 }
 
 TEST(XmlParse, DeepAndLongDocumentsParseWithoutRecursion)
