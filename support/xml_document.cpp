@@ -4,6 +4,7 @@
 #include "support/xml_names.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace cvas
 {
@@ -53,7 +54,7 @@ bool CXmlDocument::SetDoc(std::wstring_view text)
 }
 
 // The first parse error follows the load description, if any.
-bool CXmlDocument::FinishParse(const std::wstring& error)
+bool CXmlDocument::FinishParse(std::wstring error)
 {
     if (!error.empty())
     {
@@ -61,6 +62,7 @@ bool CXmlDocument::FinishParse(const std::wstring& error)
             m_result += L", ";
         m_result += error;
     }
+    m_parseError = std::move(error);
     ResetPositions();
     return CXmlTreeBuilder::IsWellFormed(m_table);
 }

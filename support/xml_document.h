@@ -58,6 +58,10 @@ public:
     // tells what was written, or why it failed.
     bool Save(const std::wstring& fileName);
     const std::wstring& GetResult() const { return m_result; }
+    // Whether the last Load could read its file (false before any).
+    bool IsLoaded() const { return m_loaded; }
+    // The first error of the last parse that took effect; empty if none.
+    const std::wstring& GetParseError() const { return m_parseError; }
 
     // Navigation. Positions are the parent, the current element and the
     // current child; paths are described with FindElem in the .cpp file.
@@ -89,7 +93,7 @@ public:
 private:
     friend CountedHandle<CXmlDocument> NewDocument();
 
-    bool FinishParse(const std::wstring& error);
+    bool FinishParse(std::wstring error);
     void ResetPositions();
     bool IgnoresCase() const { return (m_flags & kXmlDocIgnoreCase) != 0; }
 
@@ -115,6 +119,8 @@ private:
 
     std::wstring m_text;
     std::wstring m_result;
+    std::wstring m_parseError;
+    bool m_loaded = false;
     std::uint32_t m_parent = 0;
     std::uint32_t m_current = 0;
     std::uint32_t m_child = 0;

@@ -116,6 +116,7 @@ private:
 void CXmlDocument::Load(const std::wstring& fileName)
 {
     errno = 0;
+    m_loaded = false;
     FilePointer file = OpenFile(fileName, false);
     if (!file)
     {
@@ -135,7 +136,8 @@ void CXmlDocument::Load(const std::wstring& fileName)
     std::swap(m_table, m_loadTable);
     m_flags = flags;
     m_result = std::move(description);
-    FinishParse(error);
+    m_loaded = true;
+    FinishParse(std::move(error));
 }
 
 // Reads the file into m_loadBuffer and parses it into m_loadTable; false if

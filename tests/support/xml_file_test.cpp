@@ -138,6 +138,7 @@ TEST_F(XmlFile, LoadDescriptionsAndErrorsTogether)
     document->Load(PathOf(L"bom.xml"));
     EXPECT_EQ(document->GetResult(),
               L"UTF-8 BOM + 9 bytes to 8 wide chars, No start tag for end tag 'b' at offset 4");
+    EXPECT_EQ(document->GetParseError(), L"No start tag for end tag 'b' at offset 4");
     EXPECT_EQ(document->GetDocFlags(), kXmlDocIgnoreCase | kXmlDocUtf8Bom);
 
     // FF not followed by FE is no mark: the bytes read as they are.
@@ -146,6 +147,10 @@ TEST_F(XmlFile, LoadDescriptionsAndErrorsTogether)
     EXPECT_EQ(document->GetDocFlags(), kXmlDocIgnoreCase);
     EXPECT_EQ(document->GetDoc(), L"\x00FF<a/>");
     EXPECT_EQ(document->GetResult(), L"5 bytes to 5 wide chars");
+    EXPECT_TRUE(document->IsLoaded());
+    EXPECT_EQ(document->GetParseError(), L"");
+    document->Load(PathOf(L"missing.xml"));
+    EXPECT_FALSE(document->IsLoaded());
 }
 
 TEST_F(XmlFile, Utf16WithAnOddByteLosesIt)
