@@ -10,12 +10,6 @@ namespace cvas
 namespace
 {
 
-// Every load description of the document ends with this; a parse error
-// follows it after ", ". A file that could not be read leaves only the C
-// runtime's message.
-constexpr std::wstring_view kDescriptionEnd = L" wide chars";
-constexpr std::wstring_view kErrorSeparator = L", ";
-
 bool FlushToDisk(const std::wstring& path)
 {
     const CHandle file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
@@ -27,21 +21,25 @@ bool FlushToDisk(const std::wstring& path)
 
 CountedHandle<CXmlDocument> LoadExistingDocument(const std::wstring& path, std::wstring& damage)
 {
+    bool exists = false;
+    return LoadExistingDocument(path, damage, exists);
+}
+
+CountedHandle<CXmlDocument> LoadExistingDocument(const std::wstring& path, std::wstring& damage,
+                                                 bool& exists)
+{
     damage.clear();
-    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+    exists = GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (!exists)
         return nullptr;
     CountedHandle<CXmlDocument> document = NewDocument();
     document->Load(path);
-    const std::wstring& result = document->GetResult();
-    const std::size_t end = result.find(kDescriptionEnd);
-    if (end == std::wstring::npos)
+    if (!document->IsLoaded())
     {
-        StatusLog(0, L"Could not read %ls: %ls", path.c_str(), result.c_str());
+        StatusLog(0, L"Could not read %ls: %ls", path.c_str(), document->GetResult().c_str());
         return nullptr;
     }
-    const std::size_t error = end + kDescriptionEnd.size();
-    if (std::wstring_view(result).substr(error).starts_with(kErrorSeparator))
-        damage = result.substr(error + kErrorSeparator.size());
+    damage = document->GetParseError();
     return document;
 }
 

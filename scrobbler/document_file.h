@@ -12,6 +12,9 @@ namespace cvas
 // (that is logged). damage gets the first parse error of a file that did not
 // read cleanly, and is empty otherwise.
 CountedHandle<CXmlDocument> LoadExistingDocument(const std::wstring& path, std::wstring& damage);
+// The same, telling also whether the file is there, readable or not.
+CountedHandle<CXmlDocument> LoadExistingDocument(const std::wstring& path, std::wstring& damage,
+                                                 bool& exists);
 
 // Writes the document beside the file, flushes it to the disk and moves it
 // over the file in one step, so that a crash or a power cut during a save

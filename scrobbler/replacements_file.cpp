@@ -35,15 +35,20 @@ void LoadReplacements()
     SetCurrentReplacements({});
     const std::wstring path = ReplacementsFilePath();
     std::wstring damage;
-    const CountedHandle<CXmlDocument> document = LoadExistingDocument(path, damage);
-    if (!document)
+    bool exists = false;
+    const CountedHandle<CXmlDocument> document = LoadExistingDocument(path, damage, exists);
+    if (!exists)
         return;
-    if (!damage.empty())
-        StatusLog(0, L"The replacements file %ls is damaged (%ls): its complete entries are used",
-                  path.c_str(), damage.c_str());
-    CReplacementTable table;
-    ReadReplacementsDocument(*document, table);
-    SetCurrentReplacements(std::move(table));
+    if (document)
+    {
+        if (!damage.empty())
+            StatusLog(0,
+                      L"The replacements file %ls is damaged (%ls): its complete entries are used",
+                      path.c_str(), damage.c_str());
+        CReplacementTable table;
+        ReadReplacementsDocument(*document, table);
+        SetCurrentReplacements(std::move(table));
+    }
     // The count is the submission queue's, not the table's: the line has
     // always read so and is kept as it is.
     StatusLog(0, L"Loaded %d entries", static_cast<int>(SubmissionQueueCount()));

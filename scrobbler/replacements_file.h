@@ -12,7 +12,7 @@ CReplacementTable CurrentReplacements();
 void SetCurrentReplacements(CReplacementTable table);
 
 // Start-up: empties the table and, when Replacements.xml exists, fills it
-// from the file and logs "Loaded %d entries".
+// from the file as far as it can be read and logs "Loaded %d entries".
 void LoadReplacements();
 // Replaces Replacements.xml with the table (the options were confirmed).
 bool SaveReplacements();

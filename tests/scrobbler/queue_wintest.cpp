@@ -11,6 +11,7 @@
 #include "settings/ini_file.h"
 #include "support/logs.h"
 #include "support/text_encoding.h"
+#include "support/win_handle.h"
 
 #include <gtest/gtest.h>
 
@@ -104,12 +105,12 @@ TEST_F(EngineFiles, EventsAndEnqueue)
         created[0], std::regex("Created EventShutdown=0x[0-9a-f]+   EventData=0x[0-9a-f]+")))
         << created[0];
 
-    // EventShutdown stays set until it is reset; EventData wakes one wait.
-    SetEvent(EventShutdown());
-    EXPECT_EQ(WaitForSingleObject(EventShutdown(), 0), WAIT_OBJECT_0);
-    EXPECT_EQ(WaitForSingleObject(EventShutdown(), 0), WAIT_OBJECT_0);
+    // The kinds we chose: a wait leaves EventShutdown set; EventData starts
+    // unset, is set by each play and taken by a wait.
     EXPECT_EQ(WaitForSingleObject(EventData(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
-
+    SetEvent(EventShutdown());
+    WaitForSingleObject(EventShutdown(), 0);
+    EXPECT_EQ(WaitForSingleObject(EventShutdown(), 0), WAIT_OBJECT_0);
     SetCurrentReplacements({{L"Band", L"Group"}});
     Enqueue(L"The Band", L"Album", L"Song", 241, true);
     EXPECT_EQ(WaitForSingleObject(EventData(), 0), WAIT_OBJECT_0);
@@ -235,16 +236,43 @@ TEST_F(EngineFiles, AFailedSaveLeavesTheOldFile)
     Add(SubmissionQueue(), L"Kept");
     ASSERT_TRUE(SaveQueue());
     const std::string old = ReadFileBytes(QueuePath());
-    // A folder where the new file should be written makes the write fail.
-    ASSERT_TRUE(CreateDirectoryW((QueuePath() + L".new").c_str(), nullptr));
     Add(SubmissionQueue(), L"Lost for now");
-    NewStatusLines();
-    EXPECT_FALSE(SaveQueue());
-    const std::vector<std::string> lines = NewStatusLines();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[1].rfind("Could not write " + Utf8(QueuePath()) + ".new: ", 0), 0u) << lines[1];
-    EXPECT_EQ(ReadFileBytes(QueuePath()), old);
-    RemoveDirectoryW((QueuePath() + L".new").c_str());
+    const std::wstring beside = QueuePath() + L".new";
+    const auto saveFails = [&](const std::string& expected) {
+        SCOPED_TRACE(expected);
+        NewStatusLines();
+        EXPECT_FALSE(SaveQueue());
+        const std::vector<std::string> lines = NewStatusLines();
+        ASSERT_EQ(lines.size(), 2u);
+        EXPECT_EQ(lines[1].rfind(expected, 0), 0u) << lines[1];
+        EXPECT_EQ(ReadFileBytes(QueuePath()), old);
+    };
+
+    // Each step in turn. A folder where the new file is to be written:
+    ASSERT_TRUE(CreateDirectoryW(beside.c_str(), nullptr));
+    saveFails("Could not write " + Utf8(beside) + ": ");
+    ASSERT_TRUE(RemoveDirectoryW(beside.c_str()));
+    {
+        // another program that has the new file open for writing (we may
+        // write it too, but not open it for the flush, which shares reading
+        // only);
+        const CHandle writer(CreateFileW(beside.c_str(), GENERIC_WRITE,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                         nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_TRUE(writer);
+        saveFails("Could not flush " + Utf8(beside) + " to the disk (error 32); " +
+                  Utf8(QueuePath()) + " is left as it was");
+    }
+    {
+        // and a program that reads the old file and lets it be neither
+        // written nor deleted, so that it may not be replaced.
+        const CHandle reader(CreateFileW(QueuePath().c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_TRUE(reader);
+        saveFails("Could not move " + Utf8(beside) + " over " + Utf8(QueuePath()) + " (error 5)");
+    }
+    EXPECT_FALSE(FileExists(beside)) << "no failed step leaves the new file behind";
+    EXPECT_TRUE(SaveQueue());
 }
 
 TEST_F(EngineFiles, OverLongFieldIsLogged)
@@ -282,6 +310,29 @@ TEST_F(EngineFiles, ReplacementsFile)
     EXPECT_EQ(table[0].rhs, L"<c>");
     EXPECT_EQ(table[1].lhs, kSakamoto);
     EXPECT_EQ(table[2].rhs, L"empty");
+
+    // Cut inside the second entry: the first is used and the damage logged.
+    const std::string whole = ReadFileBytes(path);
+    WriteFileBytes(path, whole.substr(0, whole.find("</lhs>", whole.find("</replacement>"))));
+    LoadReplacements();
+    ASSERT_EQ(CurrentReplacements().size(), 1u);
+    EXPECT_EQ(CurrentReplacements()[0].lhs, L"a&b");
+    std::vector<std::string> lines = NewStatusLines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].rfind("The replacements file " + Utf8(path) + " is damaged (", 0), 0u)
+        << lines[0];
+    EXPECT_EQ(lines[1], "Loaded 1 entries");
+
+    // A file that another program holds without sharing cannot be read.
+    const CHandle held(
+        CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(held);
+    LoadReplacements();
+    EXPECT_TRUE(CurrentReplacements().empty());
+    lines = NewStatusLines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].rfind("Could not read " + Utf8(path) + ": ", 0), 0u) << lines[0];
+    EXPECT_EQ(lines[1], "Loaded 1 entries");
 }
 
 TEST_F(EngineFiles, ConcurrentEnqueuesAreAllQueuedOnce)
