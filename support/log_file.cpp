@@ -90,46 +90,41 @@ void CLogFile::WriteLocked(unsigned number, std::wstring_view text)
 }
 
 // Old lines are UTF-8 after a three-byte mark; the first three bytes are
-// skipped whatever they are. A file that cannot be read counts as empty.
+// skipped whatever they are. A file that cannot be read counts as empty. The
+// file is read and decoded a piece at a time, so that a foreign file with a
+// huge line costs no more memory than a small one.
 std::vector<std::wstring> CLogFile::ReadOldLines() const
 {
-    std::vector<std::wstring> oldLines;
+    CLogPieceReader reader(static_cast<std::size_t>(m_lineLimit));
     FileHandle file(_wfopen(m_fileName.c_str(), L"rb"));
     if (!file)
-        return oldLines;
+        return {};
     char mark[3];
     if (std::fread(mark, 1, sizeof mark, file.get()) < sizeof mark)
-        return oldLines;
+        return {};
 
-    const std::size_t maxLines = static_cast<std::size_t>(m_lineLimit);
-    std::string rawLine;
-    std::wstring line;
-    char chunk[65536];
-    bool atEnd = false;
-    while (!atEnd && oldLines.size() < maxLines)
+    // Each byte decodes to at most one unit: a read gives at most a piece.
+    char bytes[kLogPieceChars];
+    std::size_t carried = 0; // the start of a sequence that the last read cut off
+    std::wstring text;
+    while (!reader.Done())
     {
-        const std::size_t got = std::fread(chunk, 1, sizeof chunk, file.get());
-        atEnd = got < sizeof chunk;
-        std::size_t start = 0;
-        while (start < got && oldLines.size() < maxLines)
+        const std::size_t got = std::fread(bytes + carried, 1, sizeof bytes - carried, file.get());
+        const std::string_view chunk(bytes, carried + got);
+        text.clear();
+        if (got == 0)
         {
-            const void* feed = std::memchr(chunk + start, '\n', got - start);
-            const std::size_t end =
-                feed ? static_cast<std::size_t>(static_cast<const char*>(feed) - chunk) + 1 : got;
-            rawLine.append(chunk + start, end - start);
-            start = end;
-            if (feed)
-            {
-                line.clear();
-                AppendUtf8AsWide(rawLine, line);
-                AppendOldLinePieces(line, maxLines, oldLines);
-                rawLine.clear();
-            }
+            AppendUtf8AsWide(chunk, text);
+            reader.Feed(text);
+            break;
         }
+        const std::size_t used = AppendUtf8AsWidePartial(chunk, text);
+        reader.Feed(text);
+        carried = chunk.size() - used;
+        std::memmove(bytes, bytes + used, carried);
     }
-    if (!rawLine.empty() && oldLines.size() < maxLines)
-        AppendOldLinePieces(Utf8ToWide(rawLine), maxLines, oldLines);
-    return oldLines;
+    reader.Finish();
+    return reader.TakeLines();
 }
 
 void CLogFile::WriteLines(const std::vector<std::wstring>& newLines,

@@ -40,14 +40,66 @@ std::wstring_view TrimTrailingSpace(std::wstring_view text)
     return text.substr(0, end);
 }
 
-void AppendOldLinePieces(std::wstring_view lineWithFeed, std::size_t maxLines,
-                         std::vector<std::wstring>& oldLines)
+void CLogPieceReader::Feed(std::wstring_view text)
 {
-    for (std::size_t start = 0; start < lineWithFeed.size() && oldLines.size() < maxLines;
-         start += kLogPieceChars)
+    for (const wchar_t c : text)
     {
-        oldLines.emplace_back(TrimTrailingSpace(lineWithFeed.substr(start, kLogPieceChars)));
+        if (Done())
+            return;
+        if (m_pendingCr)
+        {
+            m_pendingCr = false;
+            if (c == L'\n')
+            {
+                EndPiece();
+                continue;
+            }
+            AddChar(L'\r');
+        }
+        if (c == L'\r')
+            m_pendingCr = true;
+        else if (c == L'\n')
+            EndPiece();
+        else
+            AddChar(c);
     }
+}
+
+void CLogPieceReader::Finish()
+{
+    if (m_pendingCr)
+        AddChar(L'\r');
+    m_pendingCr = false;
+    if (!m_piece.empty())
+        EndPiece();
+}
+
+// A full piece is ended only when more of its line follows, so that a line
+// feed right after it ends it without an empty entry of its own: each write
+// reads back what the last one wrote, and kept history must not be pushed
+// out by empty entries that grow with every write.
+void CLogPieceReader::AddChar(wchar_t c)
+{
+    if (m_piece.size() == kLogPieceChars)
+    {
+        // Keep a surrogate pair whole (pairs arise where wchar_t is 16 bits):
+        // a half on its own would be written back as U+FFFD.
+        const wchar_t last = m_piece.back();
+        const bool splitsPair = last >= 0xD800 && last <= 0xDBFF && c >= 0xDC00 && c <= 0xDFFF;
+        if (splitsPair)
+            m_piece.pop_back();
+        EndPiece();
+        if (splitsPair)
+            m_piece.push_back(last);
+    }
+    m_piece.push_back(c);
+}
+
+void CLogPieceReader::EndPiece()
+{
+    if (!Done())
+        m_lines.emplace_back(TrimTrailingSpace(m_piece));
+    m_piece.clear();
 }
 
 } // namespace cvas

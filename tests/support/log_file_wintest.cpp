@@ -152,6 +152,57 @@ TEST_F(LogsTest, LongMessagesAreCutTo2047Characters)
     EXPECT_EQ(lines[2], std::string(38, 'x'));
 }
 
+TEST_F(LogsTest, OldLinesOfAnyLengthReadBackTheSameOnEveryWrite)
+{
+    for (const std::size_t length : {2046u, 2047u, 2048u, 4094u})
+    {
+        SCOPED_TRACE(length);
+        const std::string line(length, 'x');
+        WriteFileBytes(root.File(L"log.txt"), kMark + line + "\r\n\r\nend\r\n");
+        CLogFile log(root.File(L"log.txt"), 20);
+        log.Write(1, L"first");
+        const auto once = FileLines(root.File(L"log.txt"));
+        const std::size_t pieces = (length + 2046) / 2047;
+        ASSERT_EQ(once.size(), 1 + pieces + 2);
+        std::string joined;
+        for (std::size_t i = 1; i <= pieces; ++i)
+            joined += once[i];
+        EXPECT_EQ(joined, line);
+        EXPECT_EQ(once[pieces + 1], "") << "a blank line stays";
+
+        log.Write(2, L"second");
+        log.Write(3, L"third");
+        const auto lines = FileLines(root.File(L"log.txt"));
+        EXPECT_EQ(std::vector<std::string>(lines.begin() + 2, lines.end()), once);
+    }
+}
+
+TEST_F(LogsTest, AForeignFileIsReadInPiecesWhateverItsLines)
+{
+    // 3 MB without a line feed: the pieces within the limit are kept.
+    WriteFileBytes(root.File(L"log.txt"), kMark + std::string(3'000'000, 'z'));
+    CLogFile log(root.File(L"log.txt"), 3);
+    log.Write(1, L"new");
+    auto lines = FileLines(root.File(L"log.txt"));
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[1], std::string(2047, 'z'));
+    EXPECT_EQ(lines[2], std::string(2047, 'z'));
+
+    // Reads cut the sequences of a long line of three-byte characters; a
+    // piece is cut before a surrogate pair that would not fit.
+    std::string euros;
+    for (int i = 0; i < 1500; ++i)
+        euros += "\xE2\x82\xAC";
+    const std::string smile = "\xF0\x9F\x98\x80";
+    WriteFileBytes(root.File(L"log.txt"),
+                   kMark + euros + "\r\n" + std::string(2046, 'a') + smile + "b\r\n");
+    CLogFile wide(root.File(L"log.txt"), 10);
+    wide.Write(2, L"new");
+    lines = FileLines(root.File(L"log.txt"));
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{lines[0], euros, std::string(2046, 'a'), smile + "b"}));
+}
+
 TEST_F(LogsTest, CreateLogFileTakesItsNameAndLimitFromTheSettings)
 {
     CountedHandle<CLogFile> log;

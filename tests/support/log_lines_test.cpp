@@ -23,27 +23,83 @@ TEST(LogLines, MessagesSplitAtLineFeedsAndEmptyPiecesVanish)
     EXPECT_EQ(SplitMessageLines(L"a\r\nb"), (std::vector<std::wstring>{L"a\r", L"b"}));
 }
 
+namespace
+{
+
+std::vector<std::wstring> ReadPieces(std::wstring_view text, std::size_t feedSize = 0,
+                                     std::size_t maxLines = 100)
+{
+    CLogPieceReader reader(maxLines);
+    if (feedSize == 0)
+        feedSize = text.size() + 1;
+    for (std::size_t at = 0; at < text.size(); at += feedSize)
+        reader.Feed(text.substr(at, feedSize));
+    reader.Finish();
+    return reader.TakeLines();
+}
+
+// The file that a write makes of entries: each ended by CR LF.
+std::wstring Written(const std::vector<std::wstring>& lines)
+{
+    std::wstring text;
+    for (const std::wstring& line : lines)
+        text += line + L"\r\n";
+    return text;
+}
+
+} // namespace
+
 TEST(LogLines, OldLinesAreTrimmedAndLongOnesComeInPieces)
 {
-    std::vector<std::wstring> lines;
-    AppendOldLinePieces(L"text \t\r\n", 10, lines);
-    AppendOldLinePieces(L"  \r\n", 10, lines);
-    EXPECT_EQ(lines, (std::vector<std::wstring>{L"text", L""}));
+    EXPECT_EQ(ReadPieces(L"text \t\r\n  \r\nlast"),
+              (std::vector<std::wstring>{L"text", L"", L"last"}));
+    EXPECT_EQ(ReadPieces(std::wstring(2047, L'x') + std::wstring(10, L'y') + L"\r\n"),
+              (std::vector<std::wstring>{std::wstring(2047, L'x'), std::wstring(10, L'y')}));
+    // A CR on its own is kept, and trimmed only at the end of a piece.
+    EXPECT_EQ(ReadPieces(L"a\rb\r"), (std::vector<std::wstring>{L"a\rb"}));
 
-    lines.clear();
-    const std::wstring longLine = std::wstring(2047, L'x') + std::wstring(10, L'y') + L"\n";
-    AppendOldLinePieces(longLine, 10, lines);
-    EXPECT_EQ(lines, (std::vector<std::wstring>{std::wstring(2047, L'x'), std::wstring(10, L'y')}));
+    CLogPieceReader reader(2);
+    reader.Feed(std::wstring(5000, L'q'));
+    EXPECT_TRUE(reader.Done());
+    reader.Feed(L"\r\nmore\r\n");
+    reader.Finish();
+    EXPECT_EQ(reader.TakeLines().size(), 2u) << "reading stops at the limit";
+}
 
-    // A line of exactly one piece leaves its line feed as an empty entry.
-    lines.clear();
-    AppendOldLinePieces(std::wstring(2047, L'z') + L"\n", 10, lines);
-    EXPECT_EQ(lines, (std::vector<std::wstring>{std::wstring(2047, L'z'), L""}));
+TEST(LogLines, NoLineLengthMakesEntriesGrowWhenReadBackAgain)
+{
+    for (const std::size_t length : {2045u, 2046u, 2047u, 2048u, 4094u, 4095u, 6141u})
+    {
+        SCOPED_TRACE(length);
+        const std::wstring line(length, L'x');
+        const auto first = ReadPieces(line + L"\r\n\r\nend\r\n");
+        const std::size_t pieces = (length + kLogPieceChars - 1) / kLogPieceChars;
+        ASSERT_EQ(first.size(), pieces + 2);
+        EXPECT_EQ(first[pieces], L"") << "a blank line stays an empty entry";
+        EXPECT_EQ(first[pieces + 1], L"end");
+        EXPECT_EQ(ReadPieces(Written(first)), first);
+    }
+}
 
-    // Reading stops at the limit.
-    lines.clear();
-    AppendOldLinePieces(std::wstring(5000, L'q'), 2, lines);
-    EXPECT_EQ(lines.size(), 2u);
+TEST(LogLines, TextMayArriveInPartsOfAnySize)
+{
+    const std::wstring text = std::wstring(2047, L'a') + L"\r\n" + std::wstring(2046, L'b') +
+                              L"\r\n\r\nc\rd\r\n" + std::wstring(3000, L'e') + L"\r";
+    const auto whole = ReadPieces(text);
+    EXPECT_EQ(whole, (std::vector<std::wstring>{std::wstring(2047, L'a'), std::wstring(2046, L'b'),
+                                                L"", L"c\rd", std::wstring(2047, L'e'),
+                                                std::wstring(953, L'e')}));
+    for (const std::size_t part : {1u, 2u, 3u, 7u, 2046u, 2047u, 2048u})
+        EXPECT_EQ(ReadPieces(text, part), whole) << "in parts of " << part;
+}
+
+TEST(LogLines, APieceIsNotCutInsideASurrogatePair)
+{
+    const std::wstring pair = L"\xD83D\xDE00"; // U+1F600 where wchar_t is 16 bits
+    EXPECT_EQ(ReadPieces(std::wstring(2046, L'x') + pair + L"y\r\n"),
+              (std::vector<std::wstring>{std::wstring(2046, L'x'), pair + L"y"}));
+    EXPECT_EQ(ReadPieces(std::wstring(2045, L'x') + pair + L"\r\n" + pair),
+              (std::vector<std::wstring>{std::wstring(2045, L'x') + pair, pair}));
 }
 
 TEST(WideFormat, FormatsWideAndNarrowTextAlikeOnEveryCompiler)
