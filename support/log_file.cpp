@@ -160,8 +160,10 @@ void CLogFile::UpdateView(const std::vector<std::wstring>& newLines,
             PostOwnedLine(m_viewWindow, static_cast<WPARAM>(m_lineLimit), lines.front());
         return;
     }
-    // Sent, not posted: the view is empty before the refill begins.
-    SendMessageW(m_viewWindow, LVM_DELETEALLITEMS, 0, 0);
+    // The clear is sent so that it comes before the posted refill, but never
+    // waits for the view's thread: this runs under the log's lock, and a
+    // writer may hold other locks that the view's thread wants.
+    SendNotifyMessageW(m_viewWindow, LVM_DELETEALLITEMS, 0, 0);
     PostMessageW(m_viewWindow, kViewRefillMessage, 0, 0);
     for (const auto* lines : {&newLines, &oldLines})
         for (const std::wstring& line : *lines)

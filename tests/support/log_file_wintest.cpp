@@ -9,6 +9,8 @@
 
 #include <commctrl.h>
 
+#include <chrono>
+#include <future>
 #include <memory>
 #include <regex>
 #include <thread>
@@ -314,17 +316,29 @@ LRESULT CALLBACK RecordingView(HWND window, UINT message, WPARAM wParam, LPARAM 
     }
     return DefWindowProcW(window, message, wParam, lParam);
 }
-} // namespace
 
-TEST_F(LogsTest, AViewWindowIsFilledOnceAndThenGetsEachNewFirstLine)
+HWND CreateRecordingView()
 {
     WNDCLASSW windowClass{};
     windowClass.lpfnWndProc = RecordingView;
     windowClass.hInstance = GetModuleHandleW(nullptr);
     windowClass.lpszClassName = L"CvasLogViewTest";
-    RegisterClassW(&windowClass);
-    HWND view = CreateWindowW(L"CvasLogViewTest", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
-                              GetModuleHandleW(nullptr), nullptr);
+    RegisterClassW(&windowClass); // fails harmlessly when already there
+    return CreateWindowW(L"CvasLogViewTest", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                         GetModuleHandleW(nullptr), nullptr);
+}
+
+void DispatchWaitingMessages(HWND view)
+{
+    MSG message;
+    for (int i = 0; i < 100 && PeekMessageW(&message, view, 0, 0, PM_REMOVE); ++i)
+        DispatchMessageW(&message);
+}
+} // namespace
+
+TEST_F(LogsTest, AViewWindowIsFilledOnceAndThenGetsEachNewFirstLine)
+{
+    HWND view = CreateRecordingView();
     ASSERT_NE(view, nullptr);
 
     WriteFileBytes(root.File(L"log.txt"), kMark + "old\r\n");
@@ -334,9 +348,7 @@ TEST_F(LogsTest, AViewWindowIsFilledOnceAndThenGetsEachNewFirstLine)
     log.Write(2, L"two\nthree");
     g_viewEvents.clear();
     // The clear was sent at once; the rest waits in the queue.
-    MSG message;
-    for (int i = 0; i < 100 && PeekMessageW(&message, view, 0, 0, PM_REMOVE); ++i)
-        DispatchMessageW(&message);
+    DispatchWaitingMessages(view);
     DestroyWindow(view);
 
     const std::vector<std::pair<UINT, std::wstring>> expected = {{kViewRefillMessage, L"begin"},
@@ -345,4 +357,43 @@ TEST_F(LogsTest, AViewWindowIsFilledOnceAndThenGetsEachNewFirstLine)
                                                                  {kViewRefillMessage, L"end"},
                                                                  {kViewAddLineMessage, L"5:two"}};
     EXPECT_EQ(g_viewEvents, expected);
+}
+
+TEST_F(LogsTest, AWriteDoesNotWaitForTheThreadOfItsView)
+{
+    std::promise<HWND> created;
+    std::promise<void> written;
+    std::future<void> writeReturned = written.get_future();
+    bool waitedInVain = false;
+    std::thread viewThread([&] {
+        HWND view = CreateRecordingView();
+        created.set_value(view);
+        if (view == nullptr)
+            return;
+        // Busy until the write returns: this thread takes no messages.
+        waitedInVain =
+            writeReturned.wait_for(std::chrono::seconds(30)) != std::future_status::ready;
+        DispatchWaitingMessages(view);
+        DestroyWindow(view);
+    });
+    HWND view = created.get_future().get();
+    if (view != nullptr)
+    {
+        WriteFileBytes(root.File(L"log.txt"), kMark + "old\r\n");
+        CLogFile log(root.File(L"log.txt"), 5);
+        log.SetViewWindow(view);
+        g_viewEvents.clear();
+        log.Write(1, L"one");
+    }
+    written.set_value();
+    viewThread.join();
+    ASSERT_NE(view, nullptr);
+    EXPECT_FALSE(waitedInVain) << "the write waited for the view's thread";
+
+    const std::vector<std::pair<UINT, std::wstring>> expected = {{LVM_DELETEALLITEMS, L"clear"},
+                                                                 {kViewRefillMessage, L"begin"},
+                                                                 {kViewAddLineMessage, L"0:one"},
+                                                                 {kViewAddLineMessage, L"0:old"},
+                                                                 {kViewRefillMessage, L"end"}};
+    EXPECT_EQ(g_viewEvents, expected) << "the clear comes before the refill";
 }
