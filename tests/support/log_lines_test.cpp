@@ -111,8 +111,25 @@ TEST(WideFormat, FormatsWideAndNarrowTextAlikeOnEveryCompiler)
 
 TEST(WideFormat, CutsToTheBufferLessOne)
 {
+    EXPECT_EQ(FormatWide(5, L"%ls", L"abcd"), L"abcd");
+    EXPECT_EQ(FormatWide(5, L"%ls", L"abcde"), L"abcd");
+    EXPECT_EQ(FormatWide(5, L"%ls", L"abcdef"), L"abcd");
     EXPECT_EQ(FormatWide(5, L"%ls", L"abcdefgh"), L"abcd");
     const std::wstring big(20000, L'k');
     EXPECT_EQ(FormatWide(16384, L"%ls!", big.c_str()), big.substr(0, 16383));
     EXPECT_EQ(FormatWide(16384, L"%ls", L""), L"");
+}
+
+TEST(WideFormat, AFormatTheRuntimeCannotApplyGivesTheFormatItself)
+{
+    // An unfinished conversion: glibc refuses it, mingw-w64 writes it as it stands.
+    EXPECT_EQ(FormatWide(64, L"a %Z", 1), L"a %Z");
+    EXPECT_EQ(FormatWide(3, L"a %Z", 1), L"a ");
+#ifdef _WIN32
+    EXPECT_EQ(FormatWide(64, L"[%hs]", "\xFF"), L"[\xFF]");
+#else
+    EXPECT_EQ(FormatWide(64, L"[%hs]", "\xFF"), L"[%hs]");
+#endif
+    // A failure past the part that is kept does not matter.
+    EXPECT_EQ(FormatWide(4, L"%ls%hs", L"abcdef", "\xFF"), L"abc");
 }
