@@ -11,36 +11,19 @@ using cvas::test::CTempFolder;
 using cvas::test::FileExists;
 using cvas::test::WriteFileBytes;
 
-namespace
+TEST(DataFolder, SettingsFileIsInTheDataFolderUnlessTheDocumentsFolderHasOne)
 {
-class DataFolderTest : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        documents = root.Path() + L"Docs\\Sub";
-        appData = root.Path() + L"AppData\\Roaming";
-        OverrideSpecialFolders(documents, appData);
-    }
-    void TearDown() override { OverrideSpecialFolders(L"", L""); }
-
     CTempFolder root;
-    std::wstring documents, appData;
-};
-} // namespace
+    const std::wstring documents = root.Path() + L"Docs\\Sub";
+    const std::wstring appData = root.Path() + L"AppData\\Roaming";
+    OverrideSpecialFolders(documents, appData);
+    const std::wstring dataFolder = appData + L"\\Ostrana\\last.fm\\";
+    EXPECT_EQ(DataFolder(), dataFolder);
+    const DWORD attributes = GetFileAttributesW(dataFolder.c_str());
+    EXPECT_TRUE(attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
+        << "made level by level";
 
-TEST_F(DataFolderTest, DataFolderIsCreatedLevelByLevel)
-{
-    const std::wstring expected = appData + L"\\Ostrana\\last.fm\\";
-    EXPECT_EQ(DataFolder(), expected);
-    const DWORD attributes = GetFileAttributesW(expected.c_str());
-    ASSERT_NE(attributes, INVALID_FILE_ATTRIBUTES);
-    EXPECT_TRUE(attributes & FILE_ATTRIBUTE_DIRECTORY);
-}
-
-TEST_F(DataFolderTest, SettingsFileIsInTheDataFolderUnlessTheDocumentsFolderHasOne)
-{
-    EXPECT_EQ(SettingsFilePath(), appData + L"\\Ostrana\\last.fm\\Settings.INI");
+    EXPECT_EQ(SettingsFilePath(), dataFolder + L"Settings.INI");
     EXPECT_FALSE(FileExists(SettingsFilePath())) << "finding it must not create it";
 
     // Found once and kept: a file that appears later changes nothing until
@@ -48,11 +31,12 @@ TEST_F(DataFolderTest, SettingsFileIsInTheDataFolderUnlessTheDocumentsFolderHasO
     CreateFolderLevels(documents + L"\\Ostrana\\last.fm");
     const std::wstring inDocuments = documents + L"\\Ostrana\\last.fm\\Settings.INI";
     WriteFileBytes(inDocuments, "[General]\r\n");
-    EXPECT_EQ(SettingsFilePath(), appData + L"\\Ostrana\\last.fm\\Settings.INI");
+    EXPECT_EQ(SettingsFilePath(), dataFolder + L"Settings.INI");
 
     OverrideSpecialFolders(documents, appData);
-    WriteFileBytes(appData + L"\\Ostrana\\last.fm\\Settings.INI", "[General]\r\n");
+    WriteFileBytes(dataFolder + L"Settings.INI", "[General]\r\n");
     EXPECT_EQ(SettingsFilePath(), inDocuments);
+    OverrideSpecialFolders(L"", L"");
 }
 
 TEST(PluginMode, OlderHostIsRecognisedByAFileNotAFolder)
