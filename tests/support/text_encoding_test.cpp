@@ -27,8 +27,10 @@ TEST(TextEncoding, Utf8RoundTripsEveryPlane)
     EXPECT_EQ(Utf8ToWide(utf8), text);
 }
 
-TEST(TextEncoding, MalformedUtf8ReadsAsLatin1)
+TEST(TextEncoding, Latin1AndMalformedUtf8ReadByteForByte)
 {
+    EXPECT_EQ(Latin1ToWide("caf\xE9"), L"caf\xE9");
+    EXPECT_EQ(WideToLatin1(L"caf\xE9\x20AC"), "caf\xE9?");
     // A single-byte text (é in Latin-1), a truncated sequence, an overlong
     // form and an encoded surrogate: each bad byte stands for itself.
     EXPECT_EQ(Utf8ToWide("caf\xE9"), L"caf\xE9");
@@ -43,7 +45,8 @@ TEST(TextEncoding, LoneSurrogatesBecomeReplacementCharacters)
     std::wstring lone(1, static_cast<wchar_t>(0xD800));
     lone += L"x";
     EXPECT_EQ(WideToUtf8(lone), "\xEF\xBF\xBDx");
-    EXPECT_EQ(Utf16LeToWide(std::string("\x00\xD8\x78\x00", 4)), sizeof(wchar_t) == 2 ? lone : L"\xFFFDx");
+    EXPECT_EQ(Utf16LeToWide(std::string("\x00\xD8\x78\x00", 4)),
+              sizeof(wchar_t) == 2 ? lone : L"\xFFFDx");
 }
 
 TEST(TextEncoding, Utf16LeRoundTripsAndDropsAnOddByte)
@@ -53,10 +56,4 @@ TEST(TextEncoding, Utf16LeRoundTripsAndDropsAnOddByte)
     EXPECT_EQ(bytes, std::string("A\0b\0\x42\x57\x3C\xD8\xB5\xDF", 10));
     EXPECT_EQ(Utf16LeToWide(bytes), text);
     EXPECT_EQ(Utf16LeToWide(bytes + "Z"), text);
-}
-
-TEST(TextEncoding, Latin1)
-{
-    EXPECT_EQ(Latin1ToWide("caf\xE9"), L"caf\xE9");
-    EXPECT_EQ(WideToLatin1(L"caf\xE9\x20AC"), "caf\xE9?");
 }
