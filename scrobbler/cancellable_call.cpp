@@ -1,33 +1,19 @@
 #include "scrobbler/cancellable_call.h"
 
-#include "support/win_handle.h"
-
 namespace cvas
 {
-namespace
-{
 
-// TerminateThread returns before the thread is gone; its argument must
-// outlive it.
-constexpr DWORD kTerminationWaitMs = 5000;
-
-} // namespace
-
-CallEnd RunCancellableCall(LPTHREAD_START_ROUTINE work, void* argument, DWORD timeoutMs,
+CallEnd RunCancellableCall(const std::shared_ptr<CCancellableWork>& work, DWORD timeoutMs,
                            HANDLE shutdown, DWORD& error)
 {
-    const CHandle thread(CreateThread(nullptr, 0, work, argument, 0, nullptr));
+    const CHandle thread = StartModuleThread(work, error);
     if (!thread)
-    {
-        error = GetLastError();
         return CallEnd::NoThread;
-    }
     const HANDLE waits[2] = {thread.Get(), shutdown};
     const DWORD result = WaitForMultipleObjects(2, waits, FALSE, timeoutMs);
     if (result == WAIT_OBJECT_0)
         return CallEnd::Finished;
-    TerminateThread(thread.Get(), 0);
-    WaitForSingleObject(thread.Get(), kTerminationWaitMs);
+    work->GiveUp();
     return result == WAIT_OBJECT_0 + 1 ? CallEnd::Shutdown : CallEnd::TimedOut;
 }
 

@@ -1,13 +1,28 @@
 #pragma once
-// Runs a blocking WinINet call on a short-lived thread of its own while the
+// Runs a blocking WinINet call on a module thread of its own while the
 // calling thread keeps control: it waits for that thread, for the shutdown
-// event or for a time-out, whichever comes first, and gives up on a thread
-// that has not finished.
+// event or for a time-out, whichever comes first. A thread that has not
+// finished is given up on, never killed: the waiting side closes the WinINet
+// handles it uses (on Windows that aborts the blocked call) and goes on,
+// while the thread ends by itself, within WinINet's own time-outs at most.
 
 #include <windows.h>
 
+#include <memory>
+
+#include "support/module_thread.h"
+
 namespace cvas
 {
+
+// A call that can be given up on. Everything the call touches belongs to the
+// work object, which the thread holds too.
+class CCancellableWork : public CThreadWork
+{
+public:
+    // Called on the waiting side when it stops waiting for Run().
+    virtual void GiveUp() = 0;
+};
 
 enum class CallEnd
 {
@@ -17,11 +32,9 @@ enum class CallEnd
     NoThread, // the thread could not be created (error set)
 };
 
-// Starts work(argument) on a new thread and waits. A thread given up on is
-// ended with TerminateThread, so work must keep everything it writes in
-// argument, which the caller keeps alive, and allocate nothing of its own.
-// The thread is gone when this returns.
-CallEnd RunCancellableCall(LPTHREAD_START_ROUTINE work, void* argument, DWORD timeoutMs,
+// Starts work on a new thread and waits. Only after Finished has the work's
+// thread finished with it.
+CallEnd RunCancellableCall(const std::shared_ptr<CCancellableWork>& work, DWORD timeoutMs,
                            HANDLE shutdown, DWORD& error);
 
 } // namespace cvas

@@ -24,14 +24,22 @@ HandshakeResult Handshake(const CSubmissionSettings& settings, HANDLE shutdown,
         transport->ReportFailure();
         return HandshakeResult::NoConnection;
     }
-    CServiceExchange exchange;
-    exchange.request = transport->Request();
-    if (RunExchange(exchange, settings.connectTimeoutMs, shutdown) == ExchangeEnd::Shutdown)
+    const CExchangeResult read =
+        RunExchange(transport->Handles(), nullptr, nullptr, settings.connectTimeoutMs, shutdown);
+    if (read.end == ExchangeEnd::Shutdown)
     {
         transport.reset();
         return HandshakeResult::Shutdown;
     }
-    lines = LogAnswerLines(exchange.answer);
+    if (read.end == ExchangeEnd::TimedOut || !read.sent)
+    {
+        // A service that sent its headers and never its answer has not
+        // connected us any more than one that never answered.
+        StatusLog(0, L"Timed out while reading the answer of:\n\t%ls", transport->Url().c_str());
+        transport.reset();
+        return HandshakeResult::NoConnection;
+    }
+    lines = LogAnswerLines(read.answer);
     if (!PauseUnlessShutdown(ReadInterval(lines), shutdown))
     {
         transport.reset();

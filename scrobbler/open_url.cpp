@@ -6,21 +6,76 @@
 #include "support/ansi_text.h"
 #include "support/logs.h"
 
+#include <atomic>
 #include <vector>
 
 namespace cvas
 {
+namespace
+{
+
+// The connect thread's work: everything it touches is its own or shared.
+class CConnectCall : public CCancellableWork
+{
+public:
+    CConnectCall(std::wstring agent, std::wstring url, DWORD timeoutMs,
+                 std::shared_ptr<CSharedInternetHandles> handles)
+        : m_agent(std::move(agent)), m_url(std::move(url)), m_timeoutMs(timeoutMs),
+          m_handles(std::move(handles))
+    {
+    }
+
+    void Run() override
+    {
+        const HINTERNET session =
+            InternetOpenW(m_agent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
+        if (session == nullptr)
+            return;
+        SetInternetTimeouts(session, m_timeoutMs);
+        if (!m_handles->Keep(CSharedInternetHandles::kSession, session))
+            return;
+        // Given up on from here, the waiting side closes the session, which
+        // aborts this open on Windows; elsewhere the time-outs end it.
+        const HINTERNET request = InternetOpenUrlW(session, m_url.c_str(), nullptr, 0, 0, 0);
+        if (request == nullptr)
+            m_error = GetLastError();
+        else
+            m_handles->Keep(CSharedInternetHandles::kRequest, request);
+    }
+
+    void GiveUp() override { m_handles->Close(); }
+
+    DWORD Error() const { return m_error; }
+
+private:
+    const std::wstring m_agent;
+    const std::wstring m_url;
+    const DWORD m_timeoutMs;
+    const std::shared_ptr<CSharedInternetHandles> m_handles;
+    std::atomic<DWORD> m_error{0};
+};
+
+} // namespace
+
+void SetInternetTimeouts(HINTERNET session, DWORD timeoutMs)
+{
+    for (const DWORD option : {INTERNET_OPTION_CONNECT_TIMEOUT, INTERNET_OPTION_SEND_TIMEOUT,
+                               INTERNET_OPTION_RECEIVE_TIMEOUT})
+    {
+        DWORD value = timeoutMs;
+        InternetSetOptionW(session, option, &value, sizeof value);
+    }
+}
+
 COpenURL::COpenURL(std::wstring agent, std::wstring url)
-    : m_agent(std::move(agent)), m_url(std::move(url))
+    : m_agent(std::move(agent)), m_url(std::move(url)),
+      m_handles(std::make_shared<CSharedInternetHandles>())
 {
 }
 
 COpenURL::~COpenURL()
 {
-    if (HINTERNET request = m_request.exchange(nullptr))
-        InternetCloseHandle(request);
-    if (HINTERNET session = m_session.exchange(nullptr))
-        InternetCloseHandle(session);
+    m_handles->Close();
 }
 
 bool COpenURL::Open(const std::wstring& agent, const std::wstring& url, DWORD timeoutMs,
@@ -28,12 +83,13 @@ bool COpenURL::Open(const std::wstring& agent, const std::wstring& url, DWORD ti
 {
     holder = std::make_unique<COpenURL>(agent, url);
     COpenURL& transport = *holder;
+    const auto call = std::make_shared<CConnectCall>(agent, url, timeoutMs, transport.m_handles);
     DWORD threadError = 0;
-    switch (
-        RunCancellableCall(&COpenURL::ConnectThread, &transport, timeoutMs, shutdown, threadError))
+    switch (RunCancellableCall(call, timeoutMs, shutdown, threadError))
     {
     case CallEnd::Finished:
-        transport.m_status = transport.m_request != nullptr ? kConnected : kConnectFailed;
+        transport.m_error = call->Error();
+        transport.m_status = transport.Request() != nullptr ? kConnected : kConnectFailed;
         break;
     case CallEnd::Shutdown:
         transport.m_status = kShutdownRequested;
@@ -49,28 +105,13 @@ bool COpenURL::Open(const std::wstring& agent, const std::wstring& url, DWORD ti
     return transport.m_status == kConnected;
 }
 
-DWORD WINAPI COpenURL::ConnectThread(void* self)
-{
-    static_cast<COpenURL*>(self)->Connect();
-    return 0;
-}
-
-void COpenURL::Connect()
-{
-    m_session = InternetOpenW(m_agent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
-    if (m_session == nullptr)
-        return;
-    m_request = InternetOpenUrlW(m_session, m_url.c_str(), nullptr, 0, 0, 0);
-    if (m_request == nullptr)
-        m_error = GetLastError();
-}
-
 std::wstring COpenURL::ReadAll()
 {
     std::wstring text;
     std::vector<char> chunk(kResponseReadBytes + 1);
     DWORD read = 0;
-    while (InternetReadFile(m_request, chunk.data(), kResponseReadBytes, &read) && read > 0)
+    const HINTERNET request = Request();
+    while (InternetReadFile(request, chunk.data(), kResponseReadBytes, &read) && read > 0)
     {
         chunk[read] = '\0';
         // Each chunk is 8-bit text: it ends at its first NUL.

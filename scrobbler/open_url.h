@@ -6,15 +6,21 @@
 #include <windows.h>
 #include <wininet.h>
 
-#include <atomic>
 #include <memory>
 #include <string>
+
+#include "scrobbler/shared_internet_handles.h"
 
 namespace cvas
 {
 
 // How long the service may take to answer a connect, unless a test says less.
 constexpr DWORD kConnectTimeoutMs = 30000;
+
+// Sets WinINet's connect, send and receive time-outs of a session (its
+// requests take them over). They bound how long a thread that was given up
+// on can live.
+void SetInternetTimeouts(HINTERNET session, DWORD timeoutMs);
 
 class COpenURL
 {
@@ -36,16 +42,20 @@ public:
 
     // Makes a new transport in holder (dropping any earlier one), opens url
     // on it and waits at most timeoutMs or until shutdown is set. A connect
-    // thread that does not end in time is terminated. True only when
-    // connected.
+    // thread that does not end in time is given up on: its handles are
+    // closed and it ends by itself, bounded by WinINet's own connect, send
+    // and receive time-outs, which are set to timeoutMs as well. True only
+    // when connected.
     static bool Open(const std::wstring& agent, const std::wstring& url, DWORD timeoutMs,
                      HANDLE shutdown, std::unique_ptr<COpenURL>& holder);
 
     int Status() const { return m_status; }
     DWORD Error() const { return m_error; }
     const std::wstring& Url() const { return m_url; }
-    HINTERNET Session() const { return m_session; }
-    HINTERNET Request() const { return m_request; }
+    HINTERNET Session() const { return m_handles->Get(CSharedInternetHandles::kSession); }
+    HINTERNET Request() const { return m_handles->Get(CSharedInternetHandles::kRequest); }
+    // The session and the request, for a thread that reads the answer.
+    const std::shared_ptr<CSharedInternetHandles>& Handles() const { return m_handles; }
 
     // The whole answer, read in chunks of up to 32,767 bytes, each taken as
     // text in the ANSI code page.
@@ -56,15 +66,10 @@ public:
     void ReportFailure() const;
 
 private:
-    static DWORD WINAPI ConnectThread(void* self);
-    void Connect();
-
     const std::wstring m_agent;
     const std::wstring m_url;
-    // Written by the connect thread, read by the caller after its wait.
-    std::atomic<HINTERNET> m_session{nullptr};
-    std::atomic<HINTERNET> m_request{nullptr};
-    std::atomic<DWORD> m_error{0};
+    const std::shared_ptr<CSharedInternetHandles> m_handles;
+    DWORD m_error = 0;
     int m_status = kConnectFailed;
 };
 

@@ -5,59 +5,83 @@
 #include "support/ansi_text.h"
 #include "support/logs.h"
 
-#include <cwchar>
-
 namespace cvas
 {
 namespace
 {
 
-// Touches only the exchange: the answer's room is made before it starts.
-DWORD WINAPI ExchangeThread(void* argument)
+// The exchange's thread: it owns copies of what it sends and the room for
+// the answer, and shares the request with the waiting side.
+class CExchangeCall : public CCancellableWork
 {
-    CServiceExchange& exchange = *static_cast<CServiceExchange*>(argument);
-    if (exchange.body != nullptr)
+public:
+    CExchangeCall(std::shared_ptr<CSharedInternetHandles> handles, const wchar_t* header,
+                  const std::string* body)
+        : m_handles(std::move(handles)), m_header(header != nullptr ? header : L""),
+          m_hasBody(body != nullptr), m_body(body != nullptr ? *body : std::string())
     {
-        // HttpSendRequestW only reads the body it is given.
-        void* body = const_cast<char*>(exchange.body->data());
-        if (!HttpSendRequestW(exchange.request, exchange.header,
-                              static_cast<DWORD>(std::wcslen(exchange.header)), body,
-                              static_cast<DWORD>(exchange.body->size())))
-        {
-            exchange.sendError = GetLastError();
-            return 0;
-        }
+        m_result.answer.assign(kResponseReadBytes, '\0');
     }
-    exchange.sent = true;
-    DWORD read = 0;
-    if (!InternetReadFile(exchange.request, exchange.answer.data(),
-                          static_cast<DWORD>(kResponseReadBytes), &read))
-        read = 0;
-    exchange.answer.resize(read);
-    return 0;
-}
+
+    void Run() override
+    {
+        const HINTERNET request = m_handles->Get(CSharedInternetHandles::kRequest);
+        if (m_hasBody &&
+            !HttpSendRequestW(request, m_header.c_str(), static_cast<DWORD>(m_header.size()),
+                              m_body.data(), static_cast<DWORD>(m_body.size())))
+        {
+            m_result.sendError = GetLastError();
+            m_result.answer.clear();
+            return;
+        }
+        m_result.sent = true;
+        DWORD read = 0;
+        if (!InternetReadFile(request, m_result.answer.data(),
+                              static_cast<DWORD>(kResponseReadBytes), &read))
+            read = 0;
+        m_result.answer.resize(read);
+    }
+
+    void GiveUp() override { m_handles->Close(); }
+
+    // Only once Run() has returned.
+    CExchangeResult& Result() { return m_result; }
+
+private:
+    const std::shared_ptr<CSharedInternetHandles> m_handles;
+    const std::wstring m_header;
+    const bool m_hasBody;
+    std::string m_body; // HttpSendRequestW only reads it
+    CExchangeResult m_result;
+};
 
 } // namespace
 
-ExchangeEnd RunExchange(CServiceExchange& exchange, DWORD timeoutMs, HANDLE shutdown)
+CExchangeResult RunExchange(const std::shared_ptr<CSharedInternetHandles>& handles,
+                            const wchar_t* header, const std::string* body, DWORD timeoutMs,
+                            HANDLE shutdown)
 {
-    exchange.sent = false;
-    exchange.sendError = 0;
-    exchange.answer.assign(kResponseReadBytes, '\0');
+    const auto call = std::make_shared<CExchangeCall>(handles, header, body);
     DWORD threadError = 0;
-    const CallEnd end =
-        RunCancellableCall(&ExchangeThread, &exchange, timeoutMs, shutdown, threadError);
+    const CallEnd end = RunCancellableCall(call, timeoutMs, shutdown, threadError);
     if (end == CallEnd::Finished)
-        return ExchangeEnd::Done;
-    exchange.answer.clear();
-    if (end == CallEnd::Shutdown)
+        return std::move(call->Result());
+    CExchangeResult result;
+    switch (end)
     {
+    case CallEnd::Shutdown:
         StatusLog(0, L"Shutdown signal received!");
-        return ExchangeEnd::Shutdown;
+        result.end = ExchangeEnd::Shutdown;
+        break;
+    case CallEnd::TimedOut:
+        result.end = ExchangeEnd::TimedOut;
+        result.sendError = ERROR_INTERNET_TIMEOUT;
+        break;
+    default:
+        result.sendError = threadError;
+        break;
     }
-    exchange.sent = false;
-    exchange.sendError = end == CallEnd::TimedOut ? ERROR_INTERNET_TIMEOUT : threadError;
-    return ExchangeEnd::Done;
+    return result;
 }
 
 std::vector<std::string> LogAnswerLines(const std::string& answer)

@@ -8,36 +8,37 @@
 #include <windows.h>
 #include <wininet.h>
 
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "scrobbler/shared_internet_handles.h"
 
 namespace cvas
 {
 
-// One exchange on an open request: the post (when there is a body) and one
-// read of at most 32,767 bytes (the answer is not read further).
-struct CServiceExchange
-{
-    HINTERNET request = nullptr;
-    const wchar_t* header = nullptr; // of the post
-    const std::string* body = nullptr;
-
-    // What came of it.
-    bool sent = false;
-    DWORD sendError = 0;
-    std::string answer;
-};
-
 enum class ExchangeEnd
 {
     Done,     // sent (or not: see sent) and read
-    Shutdown, // the shutdown event was set first
+    TimedOut, // no answer within the time-out; the handles are closed
+    Shutdown, // the shutdown event was set first; the handles are closed
 };
 
-// Runs the exchange on a thread of its own, for at most timeoutMs: a server
-// that takes that long has failed the send with a time-out. A shutdown is
-// logged as "Shutdown signal received!".
-ExchangeEnd RunExchange(CServiceExchange& exchange, DWORD timeoutMs, HANDLE shutdown);
+struct CExchangeResult
+{
+    ExchangeEnd end = ExchangeEnd::Done;
+    bool sent = false;   // the post went out (always, without a body)
+    DWORD sendError = 0; // when it did not: the error, ERROR_INTERNET_TIMEOUT after a time-out
+    std::string answer;  // at most 32,767 bytes; the rest is not read
+};
+
+// One exchange on the request in handles: the post (when body is given, with
+// header) and one read of the answer, on a thread of its own, for at most
+// timeoutMs. A thread given up on closes the handles and is left to end by
+// itself. A shutdown is logged as "Shutdown signal received!".
+CExchangeResult RunExchange(const std::shared_ptr<CSharedInternetHandles>& handles,
+                            const wchar_t* header, const std::string* body, DWORD timeoutMs,
+                            HANDLE shutdown);
 
 // The lines of an answer, each logged as "  Response: %s".
 std::vector<std::string> LogAnswerLines(const std::string& answer);

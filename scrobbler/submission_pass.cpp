@@ -7,6 +7,7 @@
 #include "scrobbler/response_lines.h"
 #include "scrobbler/service_answer.h"
 #include "scrobbler/session_keys.h"
+#include "scrobbler/shared_internet_handles.h"
 #include "scrobbler/submission_queue.h"
 #include "scrobbler/submission_request.h"
 #include "support/ansi_text.h"
@@ -39,7 +40,9 @@ struct CPostOutcome
 
 CPostTarget MakePostTarget(const CSubmissionTarget& target)
 {
-    // A port the URL cannot mean is given as 0, and the connection fails.
+    // A port that does not fit in 16 bits is given as 0, which WinINet reads
+    // as the default port of HTTP (80). A URL without a port has no host
+    // either, and that is what makes its connection fail.
     const bool portFits = target.port > 0 && target.port <= 65535;
     return {AnsiToWide(target.host), static_cast<INTERNET_PORT>(portFits ? target.port : 0),
             AnsiToWide(target.path)};
@@ -58,34 +61,39 @@ CPostOutcome PostPlay(HINTERNET session, const CPostTarget& target, const std::s
         outcome.failure = L"Failed to connect to " + text;
         return outcome;
     }
-    CInternetHandle request(
+    // Not every WinINet passes a session's time-outs on to the requests of
+    // its connections; given them here as well, they bound how long a send
+    // thread that was given up on lives.
+    SetInternetTimeouts(connection.Get(), timeoutMs);
+    const HINTERNET request =
         HttpOpenRequestW(connection.Get(), L"POST", target.path.c_str(), nullptr, nullptr, nullptr,
-                         INTERNET_FLAG_RELOAD | INTERNET_FLAG_PRAGMA_NOCACHE, 0));
-    if (!request)
+                         INTERNET_FLAG_RELOAD | INTERNET_FLAG_PRAGMA_NOCACHE, 0);
+    if (request == nullptr)
     {
         const std::wstring text = ErrorText(GetLastError());
         StatusLog(0, L"Failed to OpenRequest to %ls: %ls", target.host.c_str(), text.c_str());
         outcome.failure = L"Failed to open request to website";
         return outcome;
     }
-    CServiceExchange exchange;
-    exchange.request = request.Get();
-    exchange.header = kPostHeader;
-    exchange.body = &body;
-    if (RunExchange(exchange, timeoutMs, shutdown) == ExchangeEnd::Shutdown)
+    // Shared with the thread that sends and reads, which may outlive this call.
+    const auto handles = std::make_shared<CSharedInternetHandles>();
+    handles->Keep(CSharedInternetHandles::kRequest, request);
+    const CExchangeResult exchange = RunExchange(handles, kPostHeader, &body, timeoutMs, shutdown);
+    if (exchange.end == ExchangeEnd::Shutdown)
     {
         outcome.shutdown = true;
         return outcome;
     }
     if (!exchange.sent)
     {
+        // A post that is not answered within the time-out has failed its send.
         const std::wstring text = ErrorText(exchange.sendError);
         StatusLog(0, L"Failed to send the request: %ls", text.c_str());
         outcome.failure = L"Failed to send the request";
         return outcome;
     }
     outcome.lines = LogAnswerLines(exchange.answer);
-    request.Reset();
+    handles->Close();
     outcome.answered = true;
     // Unlike the handshake, a post makes no pause at all without an interval.
     const unsigned interval = ReadInterval(outcome.lines);

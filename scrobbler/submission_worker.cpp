@@ -3,8 +3,7 @@
 #include "scrobbler/engine_state.h"
 #include "scrobbler/submission_queue.h"
 #include "support/logs.h"
-
-#include <process.h>
+#include "support/module_thread.h"
 
 #include <memory>
 
@@ -13,18 +12,19 @@ namespace cvas
 namespace
 {
 
-struct CWorkerStart
+class CWorkerThread : public CThreadWork
 {
-    CSubmissionSettings settings;
-    SubmissionReport report;
-};
+public:
+    CWorkerThread(CSubmissionSettings settings, SubmissionReport report)
+        : m_settings(std::move(settings)), m_report(std::move(report))
+    {
+    }
+    void Run() override { RunSubmissionWorker(m_settings, m_report); }
 
-unsigned __stdcall WorkerThread(void* start)
-{
-    const std::unique_ptr<CWorkerStart> owned(static_cast<CWorkerStart*>(start));
-    RunSubmissionWorker(owned->settings, owned->report);
-    return 0;
-}
+private:
+    const CSubmissionSettings m_settings;
+    const SubmissionReport m_report;
+};
 
 } // namespace
 
@@ -64,13 +64,9 @@ void RunSubmissionWorker(const CSubmissionSettings& settings, const SubmissionRe
 
 CHandle StartSubmissionWorker(CSubmissionSettings settings, SubmissionReport report)
 {
-    auto start =
-        std::make_unique<CWorkerStart>(CWorkerStart{std::move(settings), std::move(report)});
-    const uintptr_t thread = _beginthreadex(nullptr, 0, &WorkerThread, start.get(), 0, nullptr);
-    if (thread == 0)
-        return CHandle();
-    start.release(); // the thread owns it now
-    return CHandle(reinterpret_cast<HANDLE>(thread));
+    DWORD error = 0;
+    return StartModuleThread(
+        std::make_shared<CWorkerThread>(std::move(settings), std::move(report)), error);
 }
 
 } // namespace cvas

@@ -14,8 +14,8 @@ namespace cvas
 // saved. While the queue is not empty it tries again every retryWaitMs.
 void RunSubmissionWorker(const CSubmissionSettings& settings, const SubmissionReport& report);
 
-// Starts RunSubmissionWorker on a thread of its own (the C runtime's thread
-// start); an empty handle when the thread could not be started.
+// Starts RunSubmissionWorker on a module thread of its own; an empty handle
+// when the thread could not be started.
 CHandle StartSubmissionWorker(CSubmissionSettings settings, SubmissionReport report);
 
 } // namespace cvas
