@@ -9,6 +9,7 @@
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
 #include "support/logs.h"
+#include "support/module_thread.h"
 #include "support/text_encoding.h"
 
 #include <windows.h>
@@ -19,6 +20,10 @@ namespace cvas::test
 {
 namespace
 {
+
+// Three WinINet time-outs of the longest connect time-out the tests use, and
+// room for a busy machine.
+constexpr unsigned kThreadEndLimitMs = 3 * 10000 + 30000;
 
 // The text of each log line after its "dd/mm/yyyy hh:mm:ss.mmm (%9u) > ".
 std::vector<std::wstring> LogTexts(const std::wstring& path)
@@ -57,6 +62,10 @@ void NetworkTest::SetUp()
 
 void NetworkTest::TearDown()
 {
+    // A thread given up on ends within WinINet's time-outs (at most the
+    // settings' connect time-out for each of connect, send and receive); no
+    // test may leave one behind for the next.
+    EXPECT_GE(WaitForNoLiveThreads(kThreadEndLimitMs), 0) << "a module thread outlived its test";
     ClearTrackLists();
     CloseEngineEvents();
     CloseLogs();
@@ -129,6 +138,14 @@ SubmissionReport NetworkTest::Reporter()
         std::lock_guard<std::mutex> lock(m_outcomesMutex);
         m_outcomes.push_back({succeeded, record.Name(), status});
     };
+}
+
+long NetworkTest::WaitForNoLiveThreads(unsigned limitMs)
+{
+    const ULONGLONG started = GetTickCount64();
+    if (!WaitFor([] { return LiveModuleThreads() == 0; }, limitMs))
+        return -1;
+    return static_cast<long>(GetTickCount64() - started);
 }
 
 bool NetworkTest::WaitFor(const std::function<bool()>& condition, unsigned limitMs)

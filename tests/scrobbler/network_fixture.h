@@ -48,6 +48,9 @@ protected:
     std::vector<CReportedOutcome> Outcomes() const;
     SubmissionReport Reporter();
 
+    // Waits, at most limitMs, until every thread that the module started has
+    // ended; returns how long that took, or -1 when it did not happen.
+    static long WaitForNoLiveThreads(unsigned limitMs);
     // Polls until the condition holds or limitMs pass; returns the condition.
     static bool WaitFor(const std::function<bool()>& condition, unsigned limitMs);
 

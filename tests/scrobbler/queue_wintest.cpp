@@ -19,6 +19,8 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cwchar>
+#include <iterator>
 #include <regex>
 #include <thread>
 #include <vector>
@@ -127,6 +129,23 @@ TEST_F(EngineFiles, EventsAndEnqueue)
     EXPECT_EQ(record.Duration(), L"241");
     EXPECT_TRUE(
         std::regex_match(Utf8(record.Time()), std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)")));
+
+    // The Wine tests run 5 h 45 min east of UTC (TZ), so the two clocks differ.
+    Enqueue(L"A", L"B", L"Local", 200, false);
+    Enqueue(L"A", L"B", L"Utc", 200, true);
+    ASSERT_TRUE(MoveIncomingToQueue());
+    const auto minutes = [](const std::wstring& time) {
+        int y, mo, d, h, mi, sec;
+        EXPECT_EQ(std::swscanf(time.c_str(), L"%d-%d-%d %d:%d:%d", &y, &mo, &d, &h, &mi, &sec), 6);
+        return (d * 24 + h) * 60 + mi;
+    };
+    const auto localPlay = std::next(SubmissionQueue().begin());
+    const int local = minutes((*localPlay)->Time());
+    const int utc = minutes((*std::next(localPlay))->Time());
+    // A month's turn between the two days is as good as a day's.
+    const int ahead = ((local - utc) % (24 * 60) + 24 * 60) % (24 * 60);
+    EXPECT_GE(ahead, 345) << "local time is 5:45 ahead of UTC";
+    EXPECT_LE(ahead, 346) << "(a minute may turn between the two plays)";
 }
 
 TEST_F(EngineFiles, MoveSavesAndLogs)

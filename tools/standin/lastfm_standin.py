@@ -27,6 +27,8 @@ An action is a word, some with an argument after a colon:
   ok-late        submission: "OK" on a line after another line
   delay:SECONDS  wait, then give the normal answer
   hang           accept the request and never answer
+  stall:SECONDS  send the headers of an answer, then no body: the connection
+                 closes after SECONDS (never, without a number)
   drop           close the connection without answering
   huge           a body of 1,000,000 bytes without a line break
   binary         a body of bytes 0 to 255, NUL included
@@ -178,6 +180,16 @@ class Handler(BaseHTTPRequestHandler):
         if word == "hang":
             self.state.stopping.wait()
             self.close_connection = True
+            return True
+        if word == "stall":
+            self.send_response(200)
+            self.send_header("Content-Type", "text/plain; charset=utf-8")
+            self.send_header("Content-Length", "100")
+            self.end_headers()
+            self.wfile.flush()
+            self.state.stopping.wait(float(argument) if argument else None)
+            self.close_connection = True
+            self.connection.shutdown(2)
             return True
         if word == "drop":
             self.close_connection = True
