@@ -1,5 +1,7 @@
 #include "settings/plugin_mode.h"
 
+#include "support/this_module.h"
+
 #include <windows.h>
 
 namespace cvas
@@ -34,13 +36,7 @@ private:
 
 std::wstring ModuleFolder()
 {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                           GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&ModuleFolder), &module);
-    wchar_t path[MAX_PATH] = L"";
-    const DWORD length = GetModuleFileNameW(module, path, MAX_PATH);
-    std::wstring folder(path, length);
+    std::wstring folder = ThisModulePath();
     folder.erase(folder.find_last_of(L"\\/") + 1);
     return folder;
 }
