@@ -4,10 +4,16 @@
 #include "scrobbler/standin_client.h"
 #include "scrobbler/submission_pass.h"
 #include "scrobbler/submission_queue.h"
+#include "scrobbler/submission_settings.h"
 #include "settings/data_folder.h"
+#include "settings/settings_values.h"
+#include "support/logs.h"
 #include "support/text_encoding.h"
 
 #include <windows.h>
+
+#include <algorithm>
+#include <regex>
 
 using namespace cvas;
 using namespace cvas::test;
@@ -162,4 +168,54 @@ TEST_F(SubmissionTest, NonAsciiTextsArriveAsTheyWerePlayed)
     EXPECT_NE(play.find(L"\"track\":\"\u0416\u0438\u0437\u043d\u044c \u20ac\""),
               std::wstring::npos);
     EXPECT_NE(play.find(L"\"length\":\"240\""), std::wstring::npos);
+}
+
+// The settings as the plug-in makes them: a swapped ClientID and
+// ClientVersion shows in the handshake's query, a digest of the wrong bytes
+// as a session the service refuses.
+TEST_F(SubmissionTest, SettingsMadeFromTheSettingsFileOpenASession)
+{
+    CSettingsValues values;
+    values.Url = StandinBase() + L"/?hs=true&p=1.1";
+    values.ClientID = L"cvs";
+    values.ClientVersion = L"2.5";
+    values.UserName = L"tester";
+    values.Password = L"secret";
+    values.AgentName = L"Agent of the tests";
+    values.ReattemptFailed = true;
+    const CSubmissionSettings settings = MakeSubmissionSettings(values);
+    EXPECT_EQ(settings.handshakeUrl, values.Url + L"&c=cvs&v=2.5&u=tester");
+    EXPECT_TRUE(settings.reattemptFailed);
+    EXPECT_EQ(settings.agentName, values.AgentName);
+
+    Enqueue(L"Artist", L"Album", L"Track", 200, true);
+    ASSERT_TRUE(MoveIncomingToQueue());
+    RunSubmissionPass(settings, EventShutdown(), Reporter());
+    ASSERT_EQ(RecordedPlays().size(), 1u) << "the service took the session response";
+    const auto journal = Journal();
+    ASSERT_FALSE(journal.empty());
+    EXPECT_NE(journal[0].find("c=cvs&v=2.5&u=tester"), std::string::npos) << journal[0];
+}
+
+// Which engine lines are details: at level 0 only outcomes and errors remain.
+TEST_F(SubmissionTest, LevelZeroKeepsOutcomesAndDropsDetails)
+{
+    SetStatusLogLevel(0);
+    Script(L"handshake=no-port");
+    Enqueue(L"Artist", L"Album", L"One", 201, true);
+    ASSERT_TRUE(MoveIncomingToQueue());
+    RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
+    EXPECT_FALSE(StatusLogHas(L"Added 1 entries to queue"));
+    EXPECT_TRUE(StatusLogHas(L"  Response: UPTODATE"));
+    const auto texts = StatusTexts();
+    const auto has = [&texts](const std::wregex& pattern) {
+        return std::any_of(texts.begin(), texts.end(), [&pattern](const std::wstring& text) {
+            return std::regex_match(text, pattern);
+        });
+    };
+    EXPECT_TRUE(has(std::wregex(
+        LR"(Built post reply: 'u=tester&s=[0-9a-f]{32}&a\[0\]=Artist&t\[0\]=One&b\[0\]=Album&m\[0\]=&l\[0\]=201&i\[0\]=\d{4}-\d\d-\d\d%20\d\d:\d\d:\d\d&')")));
+    // The submission URL has no port, so it has no host either.
+    EXPECT_TRUE(has(std::wregex(LR"(Failed to connect to : .*)")));
+    EXPECT_TRUE(has(std::wregex(LR"(Saving queue to .*Queue\.xml \.\.\. 1 entries)")));
 }

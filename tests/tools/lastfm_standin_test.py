@@ -124,6 +124,20 @@ class StandInTest(unittest.TestCase):
                 hung.recv(1)
         self.assertEqual(self.handshake()[0], "UPTODATE", "a hung request blocks nothing else")
 
+    def test_stall_sends_headers_and_then_closes_without_a_body(self):
+        self.get("/control/script?handshake=stall:0.5")
+        with socket.create_connection(("127.0.0.1", self.port), timeout=10) as stalled:
+            stalled.sendall(b"GET /?hs=true&p=1.1&u=alice HTTP/1.1\r\nHost: x\r\n\r\n")
+            received = b""
+            while True:
+                chunk = stalled.recv(4096)
+                if not chunk:
+                    break
+                received += chunk
+        head, _, body = received.partition(b"\r\n\r\n")
+        self.assertIn(b"Content-Length: 100", head)
+        self.assertEqual(body, b"")
+
     def test_feeds_come_from_the_fixture_folder_only(self):
         self.assertIn(b'username="bob"', self.get("/1.0/user/alice/friends.xml"))
         for path in ("/1.0/user/nobody/friends.xml", "/1.0/user/..%2F/recenttracks.xml",
