@@ -1,11 +1,13 @@
-// The player's automation object, its playlist snapshot and the play request
-// against a scripted fake player.
+// The player's automation object, the poll and the play request against a
+// scripted fake player. No status log is open, so status lines come as
+// captured information boxes.
 #include "common/captured_messages.h"
 #include "common/temp_folder.h"
 #include "host/automation_call.h"
 #include "host/bx_tracks.h"
 #include "host/fake_player.h"
 #include "host/play_request.h"
+#include "host/poll_timer.h"
 #include "plugin/module_state.h"
 #include "plugin/window_messages.h"
 #include "scrobbler/data_files.h"
@@ -37,6 +39,7 @@ protected:
         Settings() = CSettingsValues{};
         SetScrobblingEnabledFlag(true);
         SetTerminating(false);
+        ResetPlayTracking();
         SetHostAutomation(automation.Get());
         window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr,
                                  nullptr);
@@ -57,12 +60,39 @@ protected:
         EXPECT_TRUE(player.ArgumentsOf(L"file 28").empty()) << "the further text is never asked";
     }
 
+    // One poll as the timer runs it; true when it set the timer again.
+    bool PollAt(int position)
+    {
+        player.position = position;
+        PollProcedure(window, WM_TIMER, kPollTimerId, 0);
+        return KillTimer(window, kPollTimerId) != 0;
+    }
+    // Makes a file current and lets one poll see it.
+    void Start(int index)
+    {
+        player.currentIndex = index;
+        PollAt(0);
+    }
+    std::vector<std::wstring> StatusLines()
+    {
+        std::vector<std::wstring> lines;
+        for (const test::CapturedMessage& message : test::TakeCapturedMessages())
+            lines.push_back(message.text);
+        return lines;
+    }
+
     test::CTempFolder folder;
     test::CFakePlayer player;
     CComPtr<IDispatch> automation =
         CComPtr<IDispatch>::Adopt(new test::CFakeObject(player, L"automation"));
     HWND window = nullptr;
 };
+
+// The text with its one "%d" filled in.
+std::wstring WithNumber(std::wstring text, int number)
+{
+    return text.replace(text.find(L"%d"), 2, std::to_wstring(number));
+}
 
 } // namespace
 
@@ -109,4 +139,185 @@ TEST_F(Host, SnapshotAroundTheCurrentFile)
                       t.FurtherText,
                   expected);
     }
+}
+
+TEST_F(Host, QualifiesAtHalfItsLengthOrAtTheHighWaterMark)
+{
+    player.playlist = {{L"short", 29, 1}};
+    Start(0);
+    for (int position : {0, 15, 28, 100})
+        PollAt(position);
+    EXPECT_EQ(StatusLines(),
+              std::vector<std::wstring>{L"Ignoring  as it's duration is 29 seconds."});
+
+    struct Case
+    {
+        int duration, highWaterMark, qualifiesAt;
+    } const cases[] = {{30, 240, 15},    {31, 240, 15},    {300, 240, 150},
+                       {1200, 240, 240}, {1200, 100, 100}, {-1, 240, 240}}; // -1: length unknown
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(testing::Message() << c.duration << " s, high-water mark " << c.highWaterMark);
+        const int key = static_cast<int>(player.playlist.size());
+        player.playlist.push_back({L"file" + std::to_wstring(key), c.duration, key});
+        Settings().HighWaterMark = c.highWaterMark;
+        Start(key);
+        PollAt(c.qualifiesAt - 1);
+        EXPECT_EQ(IncomingCount(), static_cast<std::size_t>(key - 1));
+        PollAt(c.qualifiesAt);
+        EXPECT_EQ(IncomingCount(), static_cast<std::size_t>(key));
+        EXPECT_EQ(StatusLines(), std::vector<std::wstring>{
+                                     WithNumber(L"Issuing the following filter: ~d=a [key]=[%d] " +
+                                                    std::wstring(kDefaultFilter),
+                                                key)});
+    }
+}
+
+TEST_F(Host, OnePlayPerChangeOfFile)
+{
+    player.playlist = {{L"C:\\Music\\Song.mp3", 200, 1},
+                       {L"c:\\MUSIC\\song.MP3", 200, 2},
+                       {L"C:\\Music\\Other.mp3", 200, 3}};
+    Start(0);
+    // Played to the end, again from the start, then under other letter case.
+    for (int position : {100, 0, 150})
+        PollAt(position);
+    Start(1);
+    PollAt(150);
+    EXPECT_EQ(IncomingCount(), 1u);
+    Start(2);
+    PollAt(100);
+    EXPECT_EQ(IncomingCount(), 2u);
+}
+
+TEST_F(Host, NothingQueuedWhilePausedDisabledOrTerminating)
+{
+    player.playlist = {{L"a", 300, 1}};
+    player.state = 1;
+    Start(0);
+    PollAt(1000);
+    SetScrobblingEnabledFlag(false);
+    player.state = 2;
+    PollAt(200);
+    SetTerminating(true);
+    player.calls.clear();
+    EXPECT_FALSE(PollAt(200)) << "the timer is not set again";
+    EXPECT_TRUE(player.calls.empty());
+    EXPECT_EQ(IncomingCount(), 0u);
+
+    SetTerminating(false);
+    SetScrobblingEnabledFlag(true);
+    EXPECT_TRUE(PollAt(200));
+    EXPECT_EQ(IncomingCount(), 1u);
+    EXPECT_TRUE(StartPollTimer(window));
+    EXPECT_TRUE(KillTimer(window, kPollTimerId));
+}
+
+TEST_F(Host, FilterMatchingOtherThanOneFileIsNotQueued)
+{
+    Settings().Filter = L"Genre=[Rock]\r\nYear=[1999]\nRating=[5]\r";
+    player.playlist = {{L"a", 100, 0}, {L"b", 100, 2}};
+    for (int matches : {0, 2})
+    {
+        player.matches = matches;
+        Start(matches / 2);
+        PollAt(50);
+        PollAt(60);
+    }
+    const std::wstring query = L"~d=a [key]=[%d] Genre=[Rock]  Year=[1999] Rating=[5] ";
+    const std::wstring refused = L"File did not qualify (%d) therefore it's not being submitted!";
+    EXPECT_EQ(player.ArgumentsOf(L"automation 2"),
+              (std::vector<std::wstring>{WithNumber(query, 0), WithNumber(query, 2)}));
+    EXPECT_EQ(StatusLines(),
+              (std::vector<std::wstring>{L"Issuing the following filter: " + WithNumber(query, 0),
+                                         WithNumber(refused, 0),
+                                         L"Issuing the following filter: " + WithNumber(query, 2),
+                                         WithNumber(refused, 2)}));
+    EXPECT_EQ(IncomingCount(), 0u);
+}
+
+TEST_F(Host, QueuedPlayTakesItsFieldsThroughTheTemplates)
+{
+    Settings().Artist = L"[ARTIST] & [ALBUM ARTIST]";
+    player.playlist = {{L"track", 301, 5}};
+    Start(0);
+    PollAt(151);
+    EXPECT_EQ(WaitForSingleObject(EventData(), 0), WAIT_OBJECT_0);
+    EXPECT_EQ(player.ArgumentsOf(L"file 38"),
+              (std::vector<std::wstring>{L"[ARTIST] & [ALBUM ARTIST]", L"[ALBUM]", L"[NAME]"}));
+    ASSERT_TRUE(MoveIncomingToQueue());
+    const CTrackRecord& record = *SubmissionQueue().front();
+    EXPECT_EQ(record.Artist() + record.Album() + record.Name() + record.Duration(),
+              L"<track [ARTIST] & [ALBUM ARTIST]><track [ALBUM]><track [NAME]>301");
+}
+
+TEST_F(Host, FailuresOfThePlayer)
+{
+    const std::wstring lostTrack = L"Crash while trying to get the currently playing now track!a ";
+    struct Case
+    {
+        const wchar_t* member;
+        bool noObject;
+        std::wstring fatal; // empty: the poll goes on
+    } const cases[] = {
+        {L"automation 3", false, L"Crash while trying to get the current playlist object!"},
+        {L"automation 1", false, L"Crash while trying to get the playback object!"},
+        {L"automation 1", true, L"Crash while trying to get the playback object!"},
+        {L"playlist 1", false, lostTrack + L"0 3"},
+        {L"playlist 5", false, lostTrack + L"1 3"},
+        {L"playlist 5", true, lostTrack + L"1 3"},
+        {L"playback 1", false, L""},
+        {L"file 1", false, L""},
+    };
+    player.playlist = {{L"a", 100, 1}, {L"b", 100, 2}, {L"c", 100, 3}};
+    player.currentIndex = 1;
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(testing::Message() << c.member << (c.noObject ? " gives no object" : ""));
+        (c.noObject ? player.answersNoObject : player.failing) = c.member;
+        std::wstring raised;
+        bool rearmed = false;
+        try
+        {
+            rearmed = PollAt(0);
+        }
+        catch (const CFatalError& error)
+        {
+            raised = error.Text();
+            rearmed = KillTimer(window, kPollTimerId) != 0;
+        }
+        EXPECT_EQ(raised, c.fatal);
+        EXPECT_EQ(rearmed, raised.empty());
+        const std::vector<test::CapturedMessage> boxes = test::TakeCapturedMessages();
+        ASSERT_EQ(boxes.size(), raised.empty() ? 0u : 1u);
+        if (!raised.empty())
+        {
+            EXPECT_TRUE(boxes[0].text == raised && boxes[0].style == MB_ICONERROR);
+        }
+        player.failing.clear();
+        player.answersNoObject.clear();
+    }
+
+    // A failure while a play is judged judges it all the same, once.
+    player.failing = L"file 38";
+    PollAt(0);
+    PollAt(50);
+    PollAt(60);
+    EXPECT_EQ(StatusLines().back(), L"The player did not answer about the current file "
+                                    L"(0x80020009); it is not being submitted.");
+    EXPECT_EQ(player.ArgumentsOf(L"file 38").size(), 1u);
+    EXPECT_EQ(IncomingCount(), 0u);
+}
+
+TEST_F(Host, ManyPollsLeaveNoReferenceBehind)
+{
+    player.playlist = {{L"a", 40, 1}, {L"b", 20, 2}, {L"c", -1, 3}, {L"d", 600, 4}};
+    for (int i = 0; i < 400; ++i)
+    {
+        player.currentIndex = (i / 25) % 5; // 4: past the end, no current file
+        player.state = i % 7 == 0 ? 1 : 2;
+        player.matches = (i / 100) % 3;
+        PollAt(i % 25 * 12);
+    }
+    EXPECT_GT(IncomingCount(), 0u);
 }
