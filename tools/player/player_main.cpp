@@ -171,6 +171,8 @@ int RunPlayer(const COptions& options, CScenario& scenario)
             Report(player, L"the window was closed; the scenario is cut short");
         }
     }
+    // The clock stops with the scenario: the screenshot shows where it ended.
+    player.SetSpeed(0);
     runner.ShowStatus();
 
     if (!options.screenshot.empty())
