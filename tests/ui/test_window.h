@@ -1,0 +1,12 @@
+#pragma once
+// Hidden top-level windows for the tests that need real ones (under Xvfb).
+
+#include <windows.h>
+
+namespace cvas::test
+{
+
+// A window of its own class className, whose messages go to procedure.
+HWND CreateTestWindow(const wchar_t* className, WNDPROC procedure = DefWindowProcW);
+
+} // namespace cvas::test
