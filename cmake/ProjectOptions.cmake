@@ -22,3 +22,13 @@ endif()
 function(cvas_project_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra)
 endfunction()
+
+# An in-process COM server DLL: no "lib" prefix, and exports named plainly in
+# its .def, which on 32-bit Windows the linker matches to their stdcall @N
+# symbols without a warning.
+function(cvas_com_dll target)
+  set_target_properties(${target} PROPERTIES PREFIX "")
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_link_options(${target} PRIVATE -Wl,--enable-stdcall-fixup)
+  endif()
+endfunction()

@@ -2,7 +2,7 @@
 # Runs one test executable under Wine beside a stand-in service of its own,
 # and stops the service afterwards. The test finds the service through
 # CVAS_STANDIN_PORT and reads what it recorded from CVAS_STANDIN_RECORD and
-# CVAS_STANDIN_JOURNAL (Windows paths).
+# CVAS_STANDIN_JOURNAL (Windows paths; CVAS_STANDIN_FOLDER holds both).
 # Usage: run_with_standin.sh PYTHON3 STANDIN WINE64 TEST_EXE [ARGS...]
 set -u
 python=$1 standin=$2 wine=$3 exe=$4
@@ -35,6 +35,7 @@ fi
 
 windows_path() { printf 'Z:%s' "$(printf '%s' "$1" | tr / '\\')"; }
 export CVAS_STANDIN_PORT=$port
+export CVAS_STANDIN_FOLDER=$folder
 export CVAS_STANDIN_RECORD=$(windows_path "$folder/record.jsonl")
 export CVAS_STANDIN_JOURNAL=$(windows_path "$folder/journal.jsonl")
 # Everything goes to 127.0.0.1 directly, whatever the machine's proxy is.

@@ -1,0 +1,320 @@
+#include "plugin/interface_control.h"
+
+#include "plugin/control_window.h"
+#include "plugin/module_counts.h"
+#include "plugin/plugin_lifecycle.h"
+#include "support/this_module.h"
+
+#include <oleauto.h>
+
+namespace cvas
+{
+namespace
+{
+
+constexpr DWORD kMiscStatus = 131473; // as registered under MiscStatus\1
+
+// The type information of IInterface (or of the class), from the type
+// library in this module's resources.
+HRESULT LoadTypeInfo(REFGUID guid, ITypeInfo** info)
+{
+    CComPtr<ITypeLib> library;
+    const HRESULT hr = LoadTypeLibEx(ThisModulePath().c_str(), REGKIND_NONE, library.Receive());
+    if (FAILED(hr))
+        return hr;
+    return library->GetTypeInfoOfGuid(guid, info);
+}
+
+void NoteUnknownInterface(REFIID iid)
+{
+    wchar_t text[64] = L"";
+    StringFromGUID2(iid, text, 64);
+    OutputDebugStringW((std::wstring(L"CVAudioScrobbler: no interface ") + text + L"\n").c_str());
+}
+
+} // namespace
+
+CInterfaceControl::CInterfaceControl()
+{
+    AddModuleObject();
+}
+
+CInterfaceControl::~CInterfaceControl()
+{
+    if (m_window != nullptr)
+        DestroyWindow(m_window);
+    ReleaseModuleObject();
+}
+
+STDMETHODIMP CInterfaceControl::QueryInterface(REFIID iid, void** object)
+{
+    if (object == nullptr)
+        return E_POINTER;
+    *object = nullptr;
+    if (iid == IID_IUnknown || iid == IID_IDispatch || iid == IID_IInterface)
+        *object = static_cast<IInterface*>(this);
+    else if (iid == IID_IOleObject)
+        *object = static_cast<IOleObject*>(this);
+    else if (iid == IID_IOleWindow || iid == IID_IOleInPlaceObject)
+        *object = static_cast<IOleInPlaceObject*>(this);
+    else if (iid == IID_IPersist || iid == IID_IPersistStreamInit)
+        *object = static_cast<IPersistStreamInit*>(this);
+    else if (iid == IID_IProvideClassInfo)
+        *object = static_cast<IProvideClassInfo*>(this);
+    else
+    {
+        NoteUnknownInterface(iid);
+        return E_NOINTERFACE;
+    }
+    AddRef();
+    return S_OK;
+}
+
+STDMETHODIMP_(ULONG) CInterfaceControl::AddRef()
+{
+    return ++m_references;
+}
+
+STDMETHODIMP_(ULONG) CInterfaceControl::Release()
+{
+    const ULONG left = --m_references;
+    if (left == 0)
+        delete this;
+    return left;
+}
+
+STDMETHODIMP CInterfaceControl::GetTypeInfoCount(UINT* count)
+{
+    if (count == nullptr)
+        return E_POINTER;
+    *count = 1;
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetTypeInfo(UINT index, LCID, ITypeInfo** info)
+{
+    if (info == nullptr)
+        return E_POINTER;
+    *info = nullptr;
+    if (index != 0)
+        return DISP_E_BADINDEX;
+    return LoadTypeInfo(IID_IInterface, info);
+}
+
+STDMETHODIMP CInterfaceControl::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
+                                              DISPID* ids)
+{
+    CComPtr<ITypeInfo> info;
+    if (const HRESULT hr = LoadTypeInfo(IID_IInterface, info.Receive()); FAILED(hr))
+        return hr;
+    return DispGetIDsOfNames(info.Get(), names, count, ids);
+}
+
+STDMETHODIMP CInterfaceControl::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
+                                       VARIANT* result, EXCEPINFO* exception, UINT* argumentError)
+{
+    CComPtr<ITypeInfo> info;
+    if (const HRESULT hr = LoadTypeInfo(IID_IInterface, info.Receive()); FAILED(hr))
+        return hr;
+    return DispInvoke(static_cast<IInterface*>(this), info.Get(), id, flags, parameters, result,
+                      exception, argumentError);
+}
+
+STDMETHODIMP CInterfaceControl::get_Window(LONG* window)
+{
+    if (window == nullptr)
+        return E_POINTER;
+    // A window handle carries 32 significant bits on both bitnesses.
+    *window = static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_window));
+    return S_OK;
+}
+
+// COM entry points never let a C++ exception escape.
+STDMETHODIMP CInterfaceControl::Init(IDispatch* automation)
+{
+    try
+    {
+        return PluginInit(automation, m_window);
+    }
+    catch (...)
+    {
+        return E_UNEXPECTED;
+    }
+}
+
+STDMETHODIMP CInterfaceControl::Terminate()
+{
+    PluginTerminate(); // swallows whatever goes wrong
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::SetClientSite(IOleClientSite* site)
+{
+    m_site = CComPtr<IOleClientSite>(site);
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetClientSite(IOleClientSite** site)
+{
+    if (site == nullptr)
+        return E_POINTER;
+    *site = CComPtr<IOleClientSite>(m_site).Detach();
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::Close(DWORD)
+{
+    InPlaceDeactivate();
+    m_site.Release();
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::DoVerb(LONG verb, LPMSG, IOleClientSite* site, LONG, HWND parent,
+                                       LPCRECT rect)
+{
+    switch (verb)
+    {
+    case OLEIVERB_PRIMARY:
+    case OLEIVERB_SHOW:
+    case OLEIVERB_INPLACEACTIVATE:
+    case OLEIVERB_UIACTIVATE:
+        return ActivateInPlace(site != nullptr ? site : m_site.Get(), parent, rect);
+    case OLEIVERB_HIDE:
+        if (m_window != nullptr)
+            ShowWindow(m_window, SW_HIDE);
+        return S_OK;
+    default:
+        return OLEOBJ_S_INVALIDVERB;
+    }
+}
+
+HRESULT CInterfaceControl::ActivateInPlace(IOleClientSite* site, HWND parent, LPCRECT rect)
+{
+    if (m_window != nullptr)
+    {
+        ShowWindow(m_window, SW_SHOW);
+        return S_OK;
+    }
+    if (site == nullptr)
+        return E_INVALIDARG;
+    CComPtr<IOleInPlaceSite> inPlaceSite;
+    if (FAILED(site->QueryInterface(IID_IOleInPlaceSite, inPlaceSite.ReceiveVoid())))
+        return E_NOINTERFACE;
+    if (inPlaceSite->CanInPlaceActivate() != S_OK)
+        return E_FAIL;
+    inPlaceSite->OnInPlaceActivate();
+    HWND siteWindow = parent;
+    inPlaceSite->GetWindow(&siteWindow);
+    RECT position{};
+    RECT clip{};
+    CComPtr<IOleInPlaceFrame> frame;
+    CComPtr<IOleInPlaceUIWindow> document;
+    OLEINPLACEFRAMEINFO frameInfo{};
+    frameInfo.cb = sizeof frameInfo;
+    if (FAILED(inPlaceSite->GetWindowContext(frame.Receive(), document.Receive(), &position, &clip,
+                                             &frameInfo)) &&
+        rect != nullptr)
+        position = *rect;
+    m_window = CreateControlWindow(siteWindow, position);
+    if (m_window == nullptr)
+    {
+        inPlaceSite->OnInPlaceDeactivate();
+        return E_FAIL;
+    }
+    m_inPlaceSite = inPlaceSite;
+    ShowWindow(m_window, SW_SHOW);
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetUserClassID(CLSID* clsid)
+{
+    return GetClassID(clsid);
+}
+
+STDMETHODIMP CInterfaceControl::SetExtent(DWORD aspect, SIZEL* size)
+{
+    if (aspect != DVASPECT_CONTENT || size == nullptr)
+        return E_INVALIDARG;
+    m_extent = *size;
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetExtent(DWORD aspect, SIZEL* size)
+{
+    if (aspect != DVASPECT_CONTENT || size == nullptr)
+        return E_INVALIDARG;
+    *size = m_extent;
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::Advise(IAdviseSink*, DWORD* connection)
+{
+    if (connection == nullptr)
+        return E_POINTER;
+    *connection = 1;
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetMiscStatus(DWORD, DWORD* status)
+{
+    if (status == nullptr)
+        return E_POINTER;
+    *status = kMiscStatus;
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetWindow(HWND* window)
+{
+    if (window == nullptr)
+        return E_POINTER;
+    *window = m_window;
+    return m_window != nullptr ? S_OK : E_FAIL;
+}
+
+STDMETHODIMP CInterfaceControl::InPlaceDeactivate()
+{
+    if (m_window == nullptr)
+        return S_OK;
+    DestroyWindow(m_window);
+    m_window = nullptr;
+    if (m_inPlaceSite)
+        m_inPlaceSite->OnInPlaceDeactivate();
+    m_inPlaceSite.Release();
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::SetObjectRects(LPCRECT position, LPCRECT)
+{
+    if (position == nullptr)
+        return E_POINTER;
+    if (m_window != nullptr)
+        MoveWindow(m_window, position->left, position->top, position->right - position->left,
+                   position->bottom - position->top, TRUE);
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetClassID(CLSID* clsid)
+{
+    if (clsid == nullptr)
+        return E_POINTER;
+    *clsid = CLSID_Interface;
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetSizeMax(ULARGE_INTEGER* size)
+{
+    if (size == nullptr)
+        return E_POINTER;
+    size->QuadPart = 0;
+    return S_OK;
+}
+
+STDMETHODIMP CInterfaceControl::GetClassInfo(ITypeInfo** info)
+{
+    if (info == nullptr)
+        return E_POINTER;
+    *info = nullptr;
+    return LoadTypeInfo(CLSID_Interface, info);
+}
+
+} // namespace cvas

@@ -1,0 +1,135 @@
+#include "plugin/plugin_lifecycle.h"
+
+#include "host/poll_timer.h"
+#include "plugin/control_window.h"
+#include "plugin/module_state.h"
+#include "plugin/window_messages.h"
+#include "scrobbler/engine_state.h"
+#include "scrobbler/replacements_file.h"
+#include "scrobbler/submission_queue.h"
+#include "scrobbler/submission_settings.h"
+#include "scrobbler/submission_worker.h"
+#include "settings/data_folder.h"
+#include "settings/ini_file.h"
+#include "support/com_ptr.h"
+#include "support/hot_keys.h"
+#include "support/logs.h"
+#include "support/message_box.h"
+#include "support/win_handle.h"
+#include "ui/submitted_rows.h"
+
+namespace cvas
+{
+namespace
+{
+
+constexpr DWORD kWorkerStopLimitMs = 5000;
+
+bool g_initialised = false;
+CComPtr<IDispatch> g_automation;
+CHandle g_worker;
+
+void StopWorker()
+{
+    if (!IsScrobblingEnabled())
+        return;
+    StatusLog(0, L"Shutting down AS thread");
+    KillTimer(PluginWindow(), kPollTimerId);
+    if (g_worker)
+    {
+        SetEvent(EventShutdown());
+        if (WaitForSingleObject(g_worker.Get(), kWorkerStopLimitMs) != WAIT_OBJECT_0)
+            WarningMessage(L"TIMEOUT WHILE WAITING FOR THE BACKGROUND THREAD TO TERMINATE!");
+        StatusLog(1, L"AS thread killed");
+        ResetEvent(EventShutdown());
+    }
+    SetScrobblingEnabledFlag(false);
+    g_worker.Reset();
+    StatusLog(0, L"AS thread shutdown");
+}
+
+} // namespace
+
+HRESULT PluginInit(IDispatch* automation, HWND window)
+{
+    if (g_initialised)
+        return S_OK;
+    g_automation = CComPtr<IDispatch>(automation);
+    SetHostAutomation(automation);
+    SetPluginWindow(window);
+    SetTerminating(false);
+
+    const CIni ini(SettingsFilePath());
+    const bool firstStart = !ini.FileExists();
+    Settings() = ReadSettings(ini);
+    OpenLogs(ini);
+    if (firstStart && window != nullptr)
+        PostMessageW(window, kOpenOptionsMessage, 1, 0);
+    LoadReplacements();
+    // Made once for the life of the module: a worker left running after a
+    // stop that timed out never waits on a closed event.
+    if (EventShutdown() == nullptr)
+        CreateEngineEvents();
+    if (Settings().EnableBuddySystem)
+        AddHotKey(window, Settings().BuddyHotkey, L"", kBuddyCommand);
+    if (Settings().EnableRecommendationSystem)
+        AddHotKey(window, Settings().RecommendationHotkey, L"", kRecommendationCommand);
+    SetScrobblingEnabled(Settings().Enabled);
+    StatusLog(0, L"AS plugin initialised");
+    if (window != nullptr)
+        CreateChildWindows(window);
+    g_initialised = true;
+    return S_OK;
+}
+
+void SetScrobblingEnabled(bool enabled)
+{
+    StopWorker();
+    if (enabled)
+    {
+        const CSettingsValues& values = Settings();
+        if (values.UserName.empty())
+            WarningMessage(
+                L"last.fm support enabled but no username defined ... support disabled!");
+        else if (values.Password.empty())
+            WarningMessage(
+                L"last.fm support enabled but no password defined ... support disabled!");
+        else
+        {
+            const CSubmissionSettings settings = MakeSubmissionSettings(values);
+            LoadQueue();
+            StatusLog(1, L"AS thread starting");
+            g_worker = StartSubmissionWorker(settings, MakeSubmissionReporter(PluginWindow()));
+            if (!g_worker)
+                WarningMessage(
+                    L"Failed to start the background last.fm thread .. support disabled!");
+            StatusLog(1, L"AS thread started");
+            StartPollTimer(PluginWindow());
+            if (SubmissionQueueCount() != 0 && values.SubmitTracksOnStartup)
+                SetEvent(EventData());
+        }
+    }
+    SetScrobblingEnabledFlag(enabled);
+}
+
+void PluginTerminate()
+{
+    try
+    {
+        CLock lock(HostLock());
+        SetTerminating(true);
+        StatusLog(0, L"AS plugin terminating");
+        StopWorker();
+        StatusLog(0, L"AS plugin terminated");
+        // Each key deletes its atom; the window's end drops its registration.
+        ClearHotKeys();
+    }
+    catch (...)
+    {
+        // Terminate never fails the player.
+    }
+    SetHostAutomation(nullptr);
+    g_automation.Release();
+}
+
+} // namespace cvas
