@@ -1,6 +1,6 @@
 #include "host/automation_call.h"
 
-#include "host/variant_holders.h"
+#include "support/com_values.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -12,26 +12,6 @@ namespace
 
 // No member of the player takes more.
 constexpr std::size_t kMostArguments = 4;
-
-// The texts a member that raised an error leaves behind.
-class CExceptionInfo
-{
-public:
-    CExceptionInfo() = default;
-    ~CExceptionInfo()
-    {
-        SysFreeString(m_info.bstrSource);
-        SysFreeString(m_info.bstrDescription);
-        SysFreeString(m_info.bstrHelpFile);
-    }
-    CExceptionInfo(const CExceptionInfo&) = delete;
-    CExceptionInfo& operator=(const CExceptionInfo&) = delete;
-
-    EXCEPINFO* Get() { return &m_info; }
-
-private:
-    EXCEPINFO m_info{};
-};
 
 HRESULT Invoke(IDispatch* object, DISPID id, CallKind kind,
                std::initializer_list<VARIANT> arguments, CVariant& result)

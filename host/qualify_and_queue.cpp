@@ -2,9 +2,9 @@
 
 #include "host/automation_call.h"
 #include "host/automation_ids.h"
-#include "host/variant_holders.h"
 #include "plugin/module_state.h"
 #include "scrobbler/submission_queue.h"
+#include "support/com_values.h"
 #include "support/logs.h"
 #include "support/wide_format.h"
 

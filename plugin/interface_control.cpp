@@ -98,26 +98,42 @@ STDMETHODIMP CInterfaceControl::GetTypeInfo(UINT index, LCID, ITypeInfo** info)
     *info = nullptr;
     if (index != 0)
         return DISP_E_BADINDEX;
-    return LoadTypeInfo(IID_IInterface, info);
+    ITypeInfo* held = nullptr;
+    if (const HRESULT hr = InterfaceTypeInfo(held); FAILED(hr))
+        return hr;
+    held->AddRef();
+    *info = held;
+    return S_OK;
 }
 
 STDMETHODIMP CInterfaceControl::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
                                               DISPID* ids)
 {
-    CComPtr<ITypeInfo> info;
-    if (const HRESULT hr = LoadTypeInfo(IID_IInterface, info.Receive()); FAILED(hr))
+    ITypeInfo* info = nullptr;
+    if (const HRESULT hr = InterfaceTypeInfo(info); FAILED(hr))
         return hr;
-    return DispGetIDsOfNames(info.Get(), names, count, ids);
+    return DispGetIDsOfNames(info, names, count, ids);
 }
 
 STDMETHODIMP CInterfaceControl::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                        VARIANT* result, EXCEPINFO* exception, UINT* argumentError)
 {
-    CComPtr<ITypeInfo> info;
-    if (const HRESULT hr = LoadTypeInfo(IID_IInterface, info.Receive()); FAILED(hr))
+    ITypeInfo* info = nullptr;
+    if (const HRESULT hr = InterfaceTypeInfo(info); FAILED(hr))
         return hr;
-    return DispInvoke(static_cast<IInterface*>(this), info.Get(), id, flags, parameters, result,
+    return DispInvoke(static_cast<IInterface*>(this), info, id, flags, parameters, result,
                       exception, argumentError);
+}
+
+HRESULT CInterfaceControl::InterfaceTypeInfo(ITypeInfo*& info)
+{
+    if (!m_typeInfo)
+    {
+        if (const HRESULT hr = LoadTypeInfo(IID_IInterface, m_typeInfo.Receive()); FAILED(hr))
+            return hr;
+    }
+    info = m_typeInfo.Get();
+    return S_OK;
 }
 
 STDMETHODIMP CInterfaceControl::get_Window(LONG* window)

@@ -88,12 +88,15 @@ public:
 
 private:
     HRESULT ActivateInPlace(IOleClientSite* site, HWND parent, LPCRECT rect);
+    // IInterface's type information, loaded on first use.
+    HRESULT InterfaceTypeInfo(ITypeInfo*& info);
 
     std::atomic<ULONG> m_references{1};
     CComPtr<IOleClientSite> m_site;
     CComPtr<IOleInPlaceSite> m_inPlaceSite;
     HWND m_window = nullptr;
     SIZEL m_extent{};
+    CComPtr<ITypeInfo> m_typeInfo;
 };
 
 } // namespace cvas

@@ -1,6 +1,6 @@
 #include "plugin/registration.h"
 
-#include "plugin/registry_key.h"
+#include "support/registry_key.h"
 #include "plugin/version_info.h"
 #include "resources/CVAudioScrobbler_h.h"
 #include "settings/plugin_mode.h"

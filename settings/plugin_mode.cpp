@@ -1,5 +1,6 @@
 #include "settings/plugin_mode.h"
 
+#include "support/registry_key.h"
 #include "support/this_module.h"
 
 #include <windows.h>
@@ -10,27 +11,6 @@ namespace
 {
 
 constexpr wchar_t kPluginModeValue[] = L"PluginMode";
-
-class CRegKey
-{
-public:
-    CRegKey(const wchar_t* path, REGSAM access)
-    {
-        if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, access, &m_key) != ERROR_SUCCESS)
-            m_key = nullptr;
-    }
-    ~CRegKey()
-    {
-        if (m_key != nullptr)
-            RegCloseKey(m_key);
-    }
-    CRegKey(const CRegKey&) = delete;
-    CRegKey& operator=(const CRegKey&) = delete;
-    HKEY Get() const { return m_key; }
-
-private:
-    HKEY m_key = nullptr;
-};
 
 } // namespace
 
@@ -59,29 +39,17 @@ const wchar_t* PluginRegistryKey()
 
 bool ReadPluginMode()
 {
-    CRegKey key(PluginRegistryKey(), KEY_READ);
-    if (key.Get() == nullptr)
-        return false;
+    CRegistryKey key;
     DWORD value = 0;
-    DWORD size = sizeof value;
-    DWORD type = 0;
-    if (RegQueryValueExW(key.Get(), kPluginModeValue, nullptr, &type,
-                         reinterpret_cast<BYTE*>(&value), &size) != ERROR_SUCCESS ||
-        type != REG_DWORD)
-    {
-        return false;
-    }
-    return value != 0;
+    return key.Open(HKEY_LOCAL_MACHINE, PluginRegistryKey(), KEY_READ) == ERROR_SUCCESS &&
+           key.GetNumber(kPluginModeValue, value) && value != 0;
 }
 
 bool WritePluginMode(bool on)
 {
-    CRegKey key(PluginRegistryKey(), KEY_SET_VALUE);
-    if (key.Get() == nullptr)
-        return false;
-    const DWORD value = on ? 1 : 0;
-    return RegSetValueExW(key.Get(), kPluginModeValue, 0, REG_DWORD,
-                          reinterpret_cast<const BYTE*>(&value), sizeof value) == ERROR_SUCCESS;
+    CRegistryKey key;
+    return key.Open(HKEY_LOCAL_MACHINE, PluginRegistryKey(), KEY_SET_VALUE) == ERROR_SUCCESS &&
+           key.SetNumber(kPluginModeValue, on ? 1 : 0) == ERROR_SUCCESS;
 }
 
 } // namespace cvas

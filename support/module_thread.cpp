@@ -1,5 +1,7 @@
 #include "support/module_thread.h"
 
+#include "support/this_module.h"
+
 #include <process.h>
 
 #include <atomic>
@@ -17,17 +19,6 @@ struct CThreadStart
     std::shared_ptr<CThreadWork> work;
     HMODULE module = nullptr;
 };
-
-// A reference to the module that holds this code: the plug-in's DLL, or the
-// program that links it in.
-HMODULE ReferenceOwnModule()
-{
-    HMODULE module = nullptr;
-    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                            reinterpret_cast<LPCWSTR>(&ReferenceOwnModule), &module))
-        return nullptr;
-    return module;
-}
 
 unsigned __stdcall ModuleThread(void* argument)
 {
@@ -53,7 +44,7 @@ CHandle StartModuleThread(std::shared_ptr<CThreadWork> work, DWORD& error)
 {
     auto start = std::make_unique<CThreadStart>();
     start->work = std::move(work);
-    start->module = ReferenceOwnModule();
+    start->module = ReferenceThisModule();
     ++g_liveThreads;
     const uintptr_t thread = _beginthreadex(nullptr, 0, &ModuleThread, start.get(), 0, nullptr);
     if (thread == 0)

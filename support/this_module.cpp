@@ -5,13 +5,28 @@
 namespace cvas
 {
 
-HMODULE ThisModule()
+namespace
+{
+
+HMODULE ModuleOfThisCode(DWORD flags)
 {
     HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                           GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&ThisModule), &module);
+    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | flags,
+                            reinterpret_cast<LPCWSTR>(&ModuleOfThisCode), &module))
+        return nullptr;
     return module;
+}
+
+} // namespace
+
+HMODULE ThisModule()
+{
+    return ModuleOfThisCode(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT);
+}
+
+HMODULE ReferenceThisModule()
+{
+    return ModuleOfThisCode(0);
 }
 
 std::wstring ThisModulePath()

@@ -10,6 +10,9 @@ namespace cvas
 {
 
 HMODULE ThisModule();
+// ThisModule() with a reference of the caller's own, which keeps the module
+// loaded until FreeLibrary; null when none could be had.
+HMODULE ReferenceThisModule();
 // The module's full file name.
 std::wstring ThisModulePath();
 

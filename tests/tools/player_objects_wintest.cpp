@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/com_ptr.h"
+#include "support/com_values.h"
 #include "tools/player/automation_objects.h"
 
 using namespace cvas;
@@ -18,25 +19,17 @@ using namespace cvas::player;
 namespace
 {
 
-class CVariant
+// A call's result, with what the tests read of it.
+class CResult : public CVariant
 {
 public:
-    CVariant() { VariantInit(&m_value); }
-    ~CVariant() { VariantClear(&m_value); }
-    CVariant(const CVariant&) = delete;
-    CVariant& operator=(const CVariant&) = delete;
-    VARIANT* Get() { return &m_value; }
-    VARTYPE Type() const { return V_VT(&m_value); }
-    LONG Number() const { return V_I4(&m_value); }
-    std::wstring Text() const { return V_VT(&m_value) == VT_BSTR ? V_BSTR(&m_value) : L"<none>"; }
+    VARTYPE Type() const { return V_VT(Get()); }
+    LONG Number() const { return V_I4(Get()); }
+    std::wstring Text() const { return Type() == VT_BSTR ? V_BSTR(Get()) : L"<none>"; }
     CComPtr<IDispatch> Object() const
     {
-        return V_VT(&m_value) == VT_DISPATCH ? CComPtr<IDispatch>(V_DISPATCH(&m_value))
-                                             : CComPtr<IDispatch>();
+        return Type() == VT_DISPATCH ? CComPtr<IDispatch>(V_DISPATCH(Get())) : CComPtr<IDispatch>();
     }
-
-private:
-    VARIANT m_value;
 };
 
 VARIANT Number(LONG value, VARTYPE type = VT_I4)
@@ -70,7 +63,7 @@ constexpr WORD kMethod = DISPATCH_METHOD;
 constexpr WORD kGet = DISPATCH_PROPERTYGET;
 
 // Arguments in their natural order.
-HRESULT Call(IDispatch* object, DISPID id, WORD flags, CVariant& result,
+HRESULT Call(IDispatch* object, DISPID id, WORD flags, CResult& result,
              std::vector<VARIANT> arguments = {}, UINT* argumentError = nullptr)
 {
     std::vector<VARIANT> reversed(arguments.rbegin(), arguments.rend());
@@ -82,7 +75,7 @@ HRESULT Call(IDispatch* object, DISPID id, WORD flags, CVariant& result,
 
 CComPtr<IDispatch> Object(IDispatch* object, DISPID id, std::vector<VARIANT> arguments = {})
 {
-    CVariant result;
+    CResult result;
     EXPECT_EQ(Call(object, id, kMethod, result, std::move(arguments)), S_OK) << "id " << id;
     return result.Object();
 }
@@ -131,7 +124,7 @@ protected:
 TEST_F(PlayerObjects, EveryMemberOfTheTableAnswersWithItsKindOfResult)
 {
     const CComPtr<IDispatch> playlist = Object(automation.Get(), 3);
-    CVariant count, index;
+    CResult count, index;
     ASSERT_EQ(Call(playlist.Get(), 4, kMethod, count), S_OK);
     ASSERT_EQ(Call(playlist.Get(), 1, kGet, index), S_OK);
     EXPECT_EQ(count.Type(), VT_I4);
@@ -152,7 +145,7 @@ TEST_F(PlayerObjects, EveryMemberOfTheTableAnswersWithItsKindOfResult)
     };
     for (const auto& member : members)
     {
-        CVariant result;
+        CResult result;
         ASSERT_EQ(Call(file.Get(), member.id, member.flags, result), S_OK) << member.id;
         if (member.text != nullptr)
             EXPECT_EQ(result.Text(), member.text) << member.id;
@@ -160,12 +153,12 @@ TEST_F(PlayerObjects, EveryMemberOfTheTableAnswersWithItsKindOfResult)
             EXPECT_EQ(result.Type() == VT_I4 ? result.Number() : -999, member.number) << member.id;
     }
     CText pattern(L"[ARTIST] - [NAME] [UNKNOWN] [filetype]");
-    CVariant filled;
+    CResult filled;
     ASSERT_EQ(Call(file.Get(), 38, kMethod, filled, {pattern.value}), S_OK);
     EXPECT_EQ(filled.Text(), L"Bo - Title 22 [UNKNOWN] wav");
 
     // Callers that pass both flags, as many do, reach methods and gets alike.
-    CVariant both;
+    CResult both;
     EXPECT_EQ(Call(file.Get(), 35, kMethod | kGet, both), S_OK);
     EXPECT_EQ(Call(file.Get(), 3, kMethod | kGet, both), S_OK);
 }
@@ -173,13 +166,13 @@ TEST_F(PlayerObjects, EveryMemberOfTheTableAnswersWithItsKindOfResult)
 TEST_F(PlayerObjects, PlaybackFollowsThePlayerOnItsClock)
 {
     const CComPtr<IDispatch> playback = Object(automation.Get(), 1);
-    CVariant state, position;
+    CResult state, position;
     ASSERT_EQ(Call(playback.Get(), 1, kGet, state), S_OK);
     EXPECT_EQ(state.Number(), kStopped);
     player.Access()->Play(0);
     player.SetSpeed(4);
     realMs += 10500;
-    CVariant playing;
+    CResult playing;
     ASSERT_EQ(Call(playback.Get(), 1, kGet, playing), S_OK);
     ASSERT_EQ(Call(playback.Get(), 3, kGet, position), S_OK);
     EXPECT_EQ(playing.Number(), kPlaying);
@@ -187,7 +180,7 @@ TEST_F(PlayerObjects, PlaybackFollowsThePlayerOnItsClock)
     // The playlist object is a view: it sees the next entry once the first ends.
     const CComPtr<IDispatch> playlist = Object(automation.Get(), 3);
     realMs += 50000;
-    CVariant index;
+    CResult index;
     ASSERT_EQ(Call(playlist.Get(), 1, kGet, index), S_OK);
     EXPECT_EQ(index.Number(), 1);
 }
@@ -196,13 +189,13 @@ TEST_F(PlayerObjects, QueriesAnswerWithAFileListAndAreRecorded)
 {
     CText query(L"~d=a [key]=[11] Filetype=[mp3],[wav],[ogg]");
     const CComPtr<IDispatch> list = Object(automation.Get(), 2, {query.value});
-    CVariant count;
+    CResult count;
     ASSERT_EQ(Call(list.Get(), 1, kMethod, count), S_OK);
     EXPECT_EQ(count.Number(), 1);
 
     CText byArtist(L"~d=d artist=[ann]");
     const CComPtr<IDispatch> both = Object(automation.Get(), 2, {byArtist.value});
-    CVariant two, key;
+    CResult two, key;
     ASSERT_EQ(Call(both.Get(), 1, kMethod, two), S_OK);
     EXPECT_EQ(two.Number(), 2);
     const CComPtr<IDispatch> first = Object(both.Get(), 5, {Number(0)});
@@ -211,7 +204,7 @@ TEST_F(PlayerObjects, QueriesAnswerWithAFileListAndAreRecorded)
 
     CText broken(L"~d=a [key]=[11]\r\nFiletype=[mp3]");
     const CComPtr<IDispatch> none = Object(automation.Get(), 2, {broken.value});
-    CVariant zero;
+    CResult zero;
     ASSERT_EQ(Call(none.Get(), 1, kMethod, zero), S_OK);
     EXPECT_EQ(zero.Number(), 0);
 
@@ -224,7 +217,7 @@ TEST_F(PlayerObjects, QueriesAnswerWithAFileListAndAreRecorded)
 TEST_F(PlayerObjects, PlayRequestAddsByKeyAndStartsTheEntry)
 {
     const CComPtr<IDispatch> list = Object(automation.Get(), 23);
-    CVariant none;
+    CResult none;
     ASSERT_EQ(Call(list.Get(), 9, kMethod, none, {Number(33)}), S_OK);
     EXPECT_EQ(none.Type(), VT_EMPTY);
     EXPECT_EQ(player.Access()->State(), kStopped);
@@ -245,7 +238,7 @@ TEST_F(PlayerObjects, PlayRequestAddsByKeyAndStartsTheEntry)
 
 TEST_F(PlayerObjects, SkinningCallsAreRecorded)
 {
-    CVariant none;
+    CResult none;
     ASSERT_EQ(Call(automation.Get(), 32, kMethod, none, {Number(1234), Number(1)}), S_OK);
     ASSERT_EQ(Call(automation.Get(), 32, kMethod, none, {Number(1234), Number(0)}), S_OK);
     EXPECT_EQ(player.Access()->History().skinning,
@@ -285,7 +278,7 @@ TEST_F(PlayerObjects, WrongCallsAreRefusedWithTheirDispatchErrors)
     int refusals = 0;
     for (std::size_t i = 0; i < std::size(cases); ++i)
     {
-        CVariant result;
+        CResult result;
         EXPECT_EQ(Call(cases[i].object, cases[i].id, cases[i].flags, result, cases[i].arguments),
                   cases[i].expected)
             << "case " << i;
@@ -295,7 +288,7 @@ TEST_F(PlayerObjects, WrongCallsAreRefusedWithTheirDispatchErrors)
 
     // The argument at fault is named by its place in the array (reversed).
     UINT argumentError = 99;
-    CVariant result;
+    CResult result;
     EXPECT_EQ(Call(automation.Get(), 32, kMethod, result, {Number(1), text.value}, &argumentError),
               DISP_E_TYPEMISMATCH);
     EXPECT_EQ(argumentError, 0u);
@@ -354,7 +347,7 @@ TEST_F(PlayerObjects, CallsFromManyThreadsAtOnceKeepCountsAndRecords)
             for (int round = 0; round < kRounds; ++round)
             {
                 CText query(L"artist=[Ann]");
-                CVariant list, position, count, none;
+                CResult list, position, count, none;
                 if (Call(automation.Get(), 2, kMethod, list, {query.value}) == S_OK)
                     Call(list.Object().Get(), 1, kMethod, count);
                 const CComPtr<IDispatch> playback = Object(automation.Get(), 1);

@@ -1,5 +1,7 @@
 #include "tools/player/automation_objects.h"
 
+#include "support/com_values.h"
+
 #include <oleauto.h>
 
 #include <memory>
@@ -37,20 +39,6 @@ struct CArguments
 {
     LONG numbers[2] = {};
     std::wstring text;
-};
-
-// Holds a VARIANT and clears it when it goes.
-class CVariant
-{
-public:
-    CVariant() { VariantInit(&m_value); }
-    ~CVariant() { VariantClear(&m_value); }
-    CVariant(const CVariant&) = delete;
-    CVariant& operator=(const CVariant&) = delete;
-    VARIANT* Get() { return &m_value; }
-
-private:
-    VARIANT m_value;
 };
 
 unsigned ArgumentCount(EArguments arguments)

@@ -1,5 +1,7 @@
 #include "tools/player/control_host.h"
 
+#include "support/com_values.h"
+
 #include <oleauto.h>
 
 #include <cwchar>
@@ -12,29 +14,6 @@ namespace
 
 using AtlAxWinInitProc = BOOL(WINAPI*)();
 using AtlAxGetControlProc = HRESULT(WINAPI*)(HWND, IUnknown**);
-
-// Frees what a failed Invoke put into its exception information.
-class CExceptionInfo
-{
-public:
-    CExceptionInfo() { ZeroMemory(&m_info, sizeof(m_info)); }
-    ~CExceptionInfo()
-    {
-        SysFreeString(m_info.bstrSource);
-        SysFreeString(m_info.bstrDescription);
-        SysFreeString(m_info.bstrHelpFile);
-    }
-    CExceptionInfo(const CExceptionInfo&) = delete;
-    CExceptionInfo& operator=(const CExceptionInfo&) = delete;
-    EXCEPINFO* Get() { return &m_info; }
-    std::wstring Description() const
-    {
-        return m_info.bstrDescription != nullptr ? m_info.bstrDescription : L"";
-    }
-
-private:
-    EXCEPINFO m_info;
-};
 
 } // namespace
 

@@ -1,10 +1,12 @@
 #pragma once
-// Owners of the two kinds of value that automation calls hand back and forth:
-// a VARIANT, cleared when it goes, and a BSTR, freed when it goes.
+// Owners of what automation calls hand back and forth: a VARIANT, cleared
+// when it goes, a BSTR, freed when it goes, and the texts a failed Invoke
+// leaves in its exception information, freed when they go.
 
 #include <oaidl.h>
 #include <oleauto.h>
 
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -20,6 +22,7 @@ public:
     CVariant& operator=(const CVariant&) = delete;
 
     VARIANT* Get() { return &m_value; }
+    const VARIANT* Get() const { return &m_value; }
     VARIANT* operator->() { return &m_value; }
     void Clear() { VariantClear(&m_value); }
 
@@ -51,6 +54,29 @@ public:
 
 private:
     BSTR m_text = nullptr;
+};
+
+class CExceptionInfo
+{
+public:
+    CExceptionInfo() = default;
+    ~CExceptionInfo()
+    {
+        SysFreeString(m_info.bstrSource);
+        SysFreeString(m_info.bstrDescription);
+        SysFreeString(m_info.bstrHelpFile);
+    }
+    CExceptionInfo(const CExceptionInfo&) = delete;
+    CExceptionInfo& operator=(const CExceptionInfo&) = delete;
+
+    EXCEPINFO* Get() { return &m_info; }
+    std::wstring Description() const
+    {
+        return m_info.bstrDescription != nullptr ? m_info.bstrDescription : L"";
+    }
+
+private:
+    EXCEPINFO m_info{};
 };
 
 } // namespace cvas

@@ -1,4 +1,4 @@
-#include "plugin/registry_key.h"
+#include "support/registry_key.h"
 
 namespace cvas
 {
