@@ -1,5 +1,7 @@
 #include "plugin/module_state.h"
 
+#include "support/com_ptr.h"
+
 #include <atomic>
 
 namespace cvas
@@ -7,7 +9,7 @@ namespace cvas
 namespace
 {
 
-IDispatch* g_automation = nullptr;
+CComPtr<IDispatch> g_automation;
 HWND g_window = nullptr;
 std::atomic<bool> g_terminating{false};
 std::atomic<bool> g_scrobblingEnabled{false};
@@ -22,12 +24,12 @@ CCriticalSection& HostLock()
 
 IDispatch* HostAutomation()
 {
-    return g_automation;
+    return g_automation.Get();
 }
 
 void SetHostAutomation(IDispatch* automation)
 {
-    g_automation = automation;
+    g_automation = CComPtr<IDispatch>(automation);
 }
 
 HWND PluginWindow()

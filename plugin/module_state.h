@@ -17,8 +17,8 @@ namespace cvas
 // object; re-entrant, and only ever taken on the UI thread.
 CCriticalSection& HostLock();
 
-// The automation object that Init received (no reference is taken here: the
-// plug-in holds one until Terminate), or null.
+// The automation object that Init received, or null. A reference to it is
+// held from Init until Terminate sets null.
 IDispatch* HostAutomation();
 void SetHostAutomation(IDispatch* automation);
 

@@ -11,7 +11,6 @@
 #include "scrobbler/submission_worker.h"
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
-#include "support/com_ptr.h"
 #include "support/hot_keys.h"
 #include "support/logs.h"
 #include "support/message_box.h"
@@ -26,7 +25,6 @@ namespace
 constexpr DWORD kWorkerStopLimitMs = 5000;
 
 bool g_initialised = false;
-CComPtr<IDispatch> g_automation;
 CHandle g_worker;
 
 void StopWorker()
@@ -54,7 +52,6 @@ HRESULT PluginInit(IDispatch* automation, HWND window)
 {
     if (g_initialised)
         return S_OK;
-    g_automation = CComPtr<IDispatch>(automation);
     SetHostAutomation(automation);
     SetPluginWindow(window);
     SetTerminating(false);
@@ -129,7 +126,6 @@ void PluginTerminate()
         // Terminate never fails the player.
     }
     SetHostAutomation(nullptr);
-    g_automation.Release();
 }
 
 } // namespace cvas
