@@ -76,6 +76,12 @@ void CLogFile::WriteCounted(std::atomic<unsigned>& counter, std::wstring_view te
     WriteLocked(++counter, text);
 }
 
+std::vector<std::wstring> CLogFile::Lines() const
+{
+    CLock lock(m_lock);
+    return ReadOldLines();
+}
+
 void CLogFile::WriteLocked(unsigned number, std::wstring_view text)
 {
     text = text.substr(0, kWorkingBufferChars - 1);

@@ -41,6 +41,9 @@ public:
     // Writes the text numbered with the counter's next value, taken under
     // this log's lock so that the file's numbers follow the order of writing.
     void WriteCounted(std::atomic<unsigned>& counter, std::wstring_view text);
+    // The lines in the file, newest first, read under this log's lock so that
+    // a reader never meets the file half rewritten.
+    std::vector<std::wstring> Lines() const;
 
 private:
     void WriteLocked(unsigned number, std::wstring_view text);
@@ -54,7 +57,7 @@ private:
     const int m_lineLimit;
     HWND m_viewWindow = nullptr;
     bool m_viewFilled = false;
-    CCriticalSection m_lock;
+    mutable CCriticalSection m_lock;
 };
 
 } // namespace cvas

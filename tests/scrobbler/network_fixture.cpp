@@ -26,20 +26,15 @@ namespace
 constexpr unsigned kThreadEndLimitMs = 3 * 10000 + 30000;
 
 // The text of each log line after its "dd/mm/yyyy hh:mm:ss.mmm (%9u) > ".
-std::vector<std::wstring> LogTexts(const std::wstring& path)
+// The worker rewrites a log whole while tests look at it, so the lines are
+// read under the log's own lock.
+std::vector<std::wstring> LogTexts(const CountedHandle<CLogFile>& log)
 {
     std::vector<std::wstring> texts;
-    // The worker rewrites a log whole while tests poll it, so a read may
-    // meet it empty or cut short: that reads as fewer lines, and the poll
-    // reads again.
-    const std::string bytes = FileExists(path) ? ReadFileBytes(path) : std::string();
-    if (bytes.size() < 3)
+    if (!log)
         return texts;
-    const std::wstring all = Utf8ToWide(bytes.substr(3));
-    std::size_t start = 0;
-    for (std::size_t end; (end = all.find(L"\r\n", start)) != std::wstring::npos; start = end + 2)
+    for (const std::wstring& line : log->Lines())
     {
-        const std::wstring line = all.substr(start, end - start);
         const std::size_t mark = line.find(L") > ");
         texts.push_back(mark == std::wstring::npos ? line : line.substr(mark + 4));
     }
@@ -102,12 +97,12 @@ void NetworkTest::QueueThreePlays()
 
 std::vector<std::wstring> NetworkTest::StatusTexts() const
 {
-    return LogTexts(DataFolder() + L"StatusLog.txt");
+    return LogTexts(StatusLogFile());
 }
 
 std::vector<std::wstring> NetworkTest::FailedTexts() const
 {
-    return LogTexts(DataFolder() + L"FailedLog.txt");
+    return LogTexts(FailedLogFile());
 }
 
 bool NetworkTest::StatusLogHas(const std::wstring& text) const
