@@ -26,6 +26,18 @@ constexpr DWORD kWorkerStopLimitMs = 5000;
 
 bool g_initialised = false;
 CHandle g_worker;
+CHandle g_workerStop; // the running worker's own stop event: set once, never reset
+// A worker that outlived a stop that timed out. The plug-in carries on; the
+// next worker waits for it to end before it touches the queue.
+CHandle g_straggler;
+
+// The straggler's handle while it still runs; forgotten once it has ended.
+HANDLE LiveStraggler()
+{
+    if (g_straggler && WaitForSingleObject(g_straggler.Get(), 0) != WAIT_TIMEOUT)
+        g_straggler.Reset();
+    return g_straggler.Get();
+}
 
 void StopWorker()
 {
@@ -35,14 +47,22 @@ void StopWorker()
     KillTimer(PluginWindow(), kPollTimerId);
     if (g_worker)
     {
+        SetEvent(g_workerStop.Get());
         SetEvent(EventShutdown());
         if (WaitForSingleObject(g_worker.Get(), kWorkerStopLimitMs) != WAIT_OBJECT_0)
+        {
             WarningMessage(L"TIMEOUT WHILE WAITING FOR THE BACKGROUND THREAD TO TERMINATE!");
+            // Nothing is killed: it ends at its next wait, its stop event
+            // still set. A worker that waited on an older straggler only
+            // touches the queue after that one, so the newest one suffices.
+            g_straggler = std::move(g_worker);
+        }
         StatusLog(1, L"AS thread killed");
         ResetEvent(EventShutdown());
     }
     SetScrobblingEnabledFlag(false);
     g_worker.Reset();
+    g_workerStop.Reset();
     StatusLog(0, L"AS thread shutdown");
 }
 
@@ -94,15 +114,24 @@ void SetScrobblingEnabled(bool enabled)
         else
         {
             const CSubmissionSettings settings = MakeSubmissionSettings(values);
-            LoadQueue();
+            // With a straggler alive the queue is still its own: the new
+            // worker loads it once the straggler has saved it and ended.
+            const HANDLE predecessor = LiveStraggler();
+            if (predecessor == nullptr)
+                LoadQueue();
             StatusLog(1, L"AS thread starting");
-            g_worker = StartSubmissionWorker(settings, MakeSubmissionReporter(PluginWindow()));
+            g_workerStop = CHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+            if (g_workerStop)
+                g_worker = StartSubmissionWorker(
+                    settings, MakeSubmissionReporter(PluginWindow()),
+                    {g_workerStop.Get(), predecessor, values.SubmitTracksOnStartup});
             if (!g_worker)
                 WarningMessage(
                     L"Failed to start the background last.fm thread .. support disabled!");
             StatusLog(1, L"AS thread started");
             StartPollTimer(PluginWindow());
-            if (SubmissionQueueCount() != 0 && values.SubmitTracksOnStartup)
+            if (predecessor == nullptr && SubmissionQueueCount() != 0 &&
+                values.SubmitTracksOnStartup)
                 SetEvent(EventData());
         }
     }

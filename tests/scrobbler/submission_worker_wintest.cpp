@@ -30,9 +30,11 @@ protected:
         StopWorker();
         NetworkTest::TearDown();
     }
-    void StartWorker(CSubmissionSettings settings)
+    // The process-wide EventShutdown serves as the worker's stop event.
+    void StartWorker(CSubmissionSettings settings, HANDLE predecessor = nullptr)
     {
-        worker = StartSubmissionWorker(std::move(settings), Reporter());
+        worker = StartSubmissionWorker(std::move(settings), Reporter(),
+                                       {EventShutdown(), predecessor, true});
         ASSERT_TRUE(worker);
     }
     // Sets EventShutdown and waits as the plug-in does; true when it ended.
@@ -169,4 +171,78 @@ TEST_F(WorkerTest, ShutdownWhileTheServerHangsEndsTheWorkerInTime)
                   << " (time-outs 3000 ms) the last thread lived " << lived << " ms more\n";
         ClearTrackLists();
     }
+}
+
+namespace
+{
+
+// Stands for a worker that outlived its stop: it runs until the test lets
+// it go.
+class CFakePredecessor
+{
+public:
+    CFakePredecessor()
+        : m_release(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+          m_thread(CreateThread(nullptr, 0, &Wait, m_release.Get(), 0, nullptr))
+    {
+    }
+    ~CFakePredecessor() { Release(); }
+    HANDLE Thread() const { return m_thread.Get(); }
+    void Release()
+    {
+        SetEvent(m_release.Get());
+        WaitForSingleObject(m_thread.Get(), 10000);
+    }
+
+private:
+    static DWORD WINAPI Wait(void* release)
+    {
+        WaitForSingleObject(static_cast<HANDLE>(release), INFINITE);
+        return 0;
+    }
+    CHandle m_release;
+    CHandle m_thread;
+};
+
+} // namespace
+
+TEST_F(WorkerTest, TakesOverTheQueueOnlyAfterItsPredecessorEnded)
+{
+    QueueThreePlays();
+    ASSERT_TRUE(SaveQueue());
+    ClearTrackLists(); // the queue in memory belongs to the predecessor
+    CFakePredecessor predecessor;
+    StartWorker(TesterSettings(), predecessor.Thread());
+    ASSERT_TRUE(WaitFor(
+        [this] { return StatusLogHas(L"Waiting for the previous AS thread to end"); }, 5000));
+    Enqueue(L"Artist", L"Album", L"Four", 204, true);
+    // Blocked on its predecessor, the worker has neither read nor written
+    // the queue, nor called the service.
+    EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two", L"Three"}));
+    EXPECT_EQ(IncomingCount(), 1u);
+    EXPECT_EQ(JournalCount("handshake"), 0u);
+
+    predecessor.Release();
+    // The saved plays, then the new one; each once.
+    ASSERT_TRUE(WaitFor([] { return RecordedPlays().size() == 4; }, 10000));
+    EXPECT_NE(RecordedPlays()[0].find("\"track\":\"One\""), std::string::npos);
+    ASSERT_TRUE(WaitFor([this] { return IsWaiting(); }, 5000)) << "the pass is over";
+    ASSERT_TRUE(StopWorker());
+    EXPECT_EQ(RecordedPlays().size(), 4u);
+    EXPECT_TRUE(QueueFileNames().empty());
+}
+
+TEST_F(WorkerTest, StoppedBeforeItsPredecessorEndedLeavesTheQueueAlone)
+{
+    QueueThreePlays();
+    ASSERT_TRUE(SaveQueue());
+    ClearTrackLists();
+    CFakePredecessor predecessor;
+    StartWorker(TesterSettings(), predecessor.Thread());
+    ASSERT_TRUE(WaitFor(
+        [this] { return StatusLogHas(L"Waiting for the previous AS thread to end"); }, 5000));
+    ASSERT_TRUE(StopWorker());
+    EXPECT_TRUE(StatusLogHas(L"Told to exit"));
+    EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two", L"Three"}))
+        << "not saved over by a worker that never had the queue";
 }
