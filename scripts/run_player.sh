@@ -10,6 +10,8 @@
 #   --wine FILE           wine64 (default: /usr/lib/wine/wine64, else wine64 on the PATH)
 #   --pristine DIR        the prefix to copy (default: build/win64/wineprefix, made when missing)
 #   --prefix DIR          make the fresh prefix here and keep it afterwards
+#   --again               run in the prefix that --prefix names, kept from an
+#                         earlier run, as it is: the player starts again
 #   --service URL         write a Settings.INI whose endpoints point at URL (http://127.0.0.1:PORT)
 #   --user NAME:PASSWORD  the account in that Settings.INI (default tester:secret)
 #   --setting KEY=VALUE   one more key of its section General (repeatable; wins over the above)
@@ -129,7 +131,7 @@ player_session() { # PREFIX WINE [DLL...] -- PLAYER [ARGS...]
 
 player_main() {
   local wine player pristine prefix="" service="" account=tester:secret screenshot=""
-  local timeout_seconds=600 screen=1280x1024x24 show_logs=false scenario=""
+  local timeout_seconds=600 screen=1280x1024x24 show_logs=false scenario="" again=false
   local -a dlls=() settings=() player_options=()
   wine=$(player_default_wine)
   player=$player_root/build/win64/tools/player/simulated_player.exe
@@ -141,6 +143,7 @@ player_main() {
       --wine) wine=$2; shift 2 ;;
       --pristine) pristine=$2; shift 2 ;;
       --prefix) prefix=$2; shift 2 ;;
+      --again) again=true; shift ;;
       --service) service=$2; shift 2 ;;
       --user) account=$2; shift 2 ;;
       --setting) settings+=("$2"); shift 2 ;;
@@ -164,6 +167,10 @@ player_main() {
     WINEPREFIX=$pristine "$player_root/scripts/wine-prefix.sh" "$wine" || return 1
   fi
 
+  if $again && [ ! -f "$prefix/system.reg" ]; then
+    echo "run_player: --again needs the --prefix of an earlier run: $prefix" >&2
+    return 2
+  fi
   local keep=true
   if [ -z "$prefix" ]; then
     # Beside the pristine prefix: hard links need the same file system.
@@ -172,7 +179,9 @@ player_main() {
   fi
   # shellcheck disable=SC2064 # the values are meant to be fixed now
   trap "$keep || rm -rf '$prefix'" EXIT
-  player_fresh_prefix "$pristine" "$prefix" || { echo "run_player: the prefix was not made" >&2; return 1; }
+  if ! $again; then
+    player_fresh_prefix "$pristine" "$prefix" || { echo "run_player: the prefix was not made" >&2; return 1; }
+  fi
 
   local plugins="$prefix/drive_c/Program Files/Simulated player/Plugins" dll
   local -a windows_dlls=()

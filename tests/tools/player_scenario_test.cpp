@@ -41,6 +41,8 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
         "send WM_USER+6 101\n"
         "post WM_HOTKEY 110 0x20\n"
         "send 0x8001 -1\n"
+        "await WM_USER+2 3 60000\n"
+        "await query 1 5\n"
         "end\n"
         "play 0\n";
     CScenario scenario;
@@ -63,7 +65,7 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
     EXPECT_EQ(FillTemplate(second, L"[NAME]"), L"Caf\u00E9");
     EXPECT_EQ(scenario.playlist, (std::vector<std::size_t>{0, 1, 0}));
 
-    ASSERT_EQ(scenario.steps.size(), 13u);
+    ASSERT_EQ(scenario.steps.size(), 15u);
     const auto& steps = scenario.steps;
     EXPECT_EQ(steps[0].kind, EStep::Speed);
     EXPECT_DOUBLE_EQ(steps[0].speed, 2.5);
@@ -91,8 +93,14 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
     EXPECT_EQ(steps[9].lParam, 0x20);
     EXPECT_EQ(steps[10].message, 0x8001u);
     EXPECT_EQ(steps[10].wParam, -1);
-    EXPECT_EQ(steps[11].kind, EStep::End);
-    EXPECT_EQ(steps[12].kind, EStep::Play);
+    EXPECT_EQ(steps[11].kind, EStep::Await);
+    EXPECT_EQ(steps[11].message, 0x402u);
+    EXPECT_EQ(steps[11].times, 3u);
+    EXPECT_EQ(steps[11].milliseconds, 60000u);
+    EXPECT_EQ(steps[12].kind, EStep::Await);
+    EXPECT_EQ(steps[12].message, 0u) << "library queries";
+    EXPECT_EQ(steps[13].kind, EStep::End);
+    EXPECT_EQ(steps[14].kind, EStep::Play);
 }
 
 TEST(PlayerScenario, FaultsNameTheirLine)
@@ -119,6 +127,8 @@ TEST(PlayerScenario, FaultsNameTheirLine)
         {"pause 1 2\n", L"line 1: pause takes 0 to 1 arguments"},
         {"speed 1001\n", L"line 1: speed must be a number from 0 to 1000: 1001"},
         {"wait 1.5\n", L"line 1: milliseconds must be a whole number from 0 to 600000: 1.5"},
+        {"await WM_USER+2 0 100\n", L"line 1: count must be a whole number from 1 to 1000000: 0"},
+        {"await WM_USER+2 1\n", L"line 1: await takes 3 arguments"},
         {"send WM_USER+x\n", L"line 1: message offset must be a whole number from 0 to 16383: x"},
         {"post WM_PAINT\n", L"line 1: message must be a whole number from 1 to 65535: WM_PAINT"},
     };

@@ -20,7 +20,9 @@
 #include "tools/player/command_line.h"
 #include "tools/player/control_host.h"
 #include "tools/player/main_window.h"
+#include "tools/player/message_box_closer.h"
 #include "tools/player/output.h"
+#include "tools/player/posted_message_report.h"
 #include "tools/player/scenario.h"
 #include "tools/player/scenario_runner.h"
 #include "tools/player/screenshot.h"
@@ -127,6 +129,9 @@ int RunPlayer(const COptions& options, CScenario& scenario)
         return kControlFailed;
     }
     auto automation = CComPtr<IDispatch>::Adopt(CreateAutomation(state->context));
+    const auto report = [&player](const std::wstring& text) { Report(player, text); };
+    CMessageBoxCloser boxCloser(report);
+    std::unique_ptr<CPostedMessageReport> postedMessages;
     CControlHost host;
     int exitCode = kSucceeded;
     bool hosted = false;
@@ -143,6 +148,7 @@ int RunPlayer(const COptions& options, CScenario& scenario)
         {
             window.SetContent(host.Container());
             Report(player, L"hosting " + options.progId);
+            postedMessages = std::make_unique<CPostedMessageReport>(host.Container(), report);
             watchdog.SetPhase(L"in Init");
             std::wstring detail;
             const HRESULT init = host.Init(automation.Get(), detail);
@@ -193,12 +199,16 @@ int RunPlayer(const COptions& options, CScenario& scenario)
     {
         watchdog.SetPhase(L"in Terminate");
         std::wstring detail;
+        const ULONGLONG called = GetTickCount64();
         const HRESULT terminate = host.Terminate(detail);
+        const ULONGLONG took = GetTickCount64() - called;
         Report(player,
                L"Terminate: " + DescribeResult(terminate) + (detail.empty() ? L"" : L" " + detail));
+        Report(player, L"Terminate returned after " + std::to_wstring(took) + L" ms");
         heldAfterTerminate = state->ledger.Total() - 1; // less the player's own
     }
     watchdog.SetPhase(L"releasing the control");
+    postedMessages.reset();
     host.Destroy();
     runner.Pump(0);
     automation.Release();

@@ -257,6 +257,15 @@ private:
             step.milliseconds = static_cast<unsigned>(
                 ParseInteger(words[1], 0, kMaxWaitMilliseconds, L"milliseconds"));
         }
+        else if (keyword == L"await")
+        {
+            count(3, 3);
+            step.kind = EStep::Await;
+            step.message = words[1] == L"query" ? 0 : ParseMessage(words[1]);
+            step.times = static_cast<unsigned>(ParseInteger(words[2], 1, 1000000, L"count"));
+            step.milliseconds = static_cast<unsigned>(
+                ParseInteger(words[3], 0, kMaxWaitMilliseconds, L"milliseconds"));
+        }
         else if (keyword == L"send" || keyword == L"post")
         {
             count(1, 3);

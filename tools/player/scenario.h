@@ -22,6 +22,7 @@ enum class EStep
     Stop,   // seconds
     Run,    // seconds
     Wait,   // milliseconds of real time
+    Await,  // message (0: library queries), times, milliseconds
     Send,   // message, wParam, lParam: sent, handled before the step ends
     Post,   // message, wParam, lParam: posted
     End,
@@ -37,6 +38,7 @@ struct CStep
     double speed = 1;
     unsigned milliseconds = 0;
     unsigned message = 0;
+    unsigned times = 0;
     long long wParam = 0;
     long long lParam = 0;
 };

@@ -1,5 +1,7 @@
 #include "tools/player/scenario_runner.h"
 
+#include "tools/player/posted_message_report.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cwchar>
@@ -78,6 +80,8 @@ ERunOutcome CScenarioRunner::RunStep(const CStep& step)
         return DrainMessages();
     case EStep::Wait:
         return Pump(step.milliseconds);
+    case EStep::Await:
+        return Await(step);
     case EStep::Send:
     case EStep::Post: {
         const HWND target = m_host != nullptr ? m_host->ControlWindow() : nullptr;
@@ -103,6 +107,30 @@ ERunOutcome CScenarioRunner::RunStep(const CStep& step)
         break;
     }
     return ERunOutcome::Finished;
+}
+
+ERunOutcome CScenarioRunner::Await(const CStep& step)
+{
+    const ULONGLONG end = GetTickCount64() + step.milliseconds;
+    for (;;)
+    {
+        const std::size_t taken = step.message != 0
+                                      ? PostedToControlCount(step.message)
+                                      : m_player.Access()->History().queries.size();
+        if (taken >= step.times)
+            return ERunOutcome::Finished;
+        const ULONGLONG now = GetTickCount64();
+        if (now >= end)
+        {
+            m_player.Access()->Event(L"await: " + std::to_wstring(taken) + L" of " +
+                                     std::to_wstring(step.times) + L" came in time");
+            return ERunOutcome::Finished;
+        }
+        const ERunOutcome outcome =
+            Pump(static_cast<unsigned>(std::min<ULONGLONG>(end - now, kLongestWaitMs)));
+        if (outcome != ERunOutcome::Finished)
+            return outcome;
+    }
 }
 
 ERunOutcome CScenarioRunner::LetTimePass(double seconds)

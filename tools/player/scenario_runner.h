@@ -37,6 +37,7 @@ public:
 private:
     ERunOutcome RunStep(const CStep& step);
     ERunOutcome LetTimePass(double seconds);
+    ERunOutcome Await(const CStep& step);
     ERunOutcome DrainMessages();
 
     CSharedPlayer& m_player;
