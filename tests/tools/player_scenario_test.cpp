@@ -43,6 +43,7 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
         "send 0x8001 -1\n"
         "await WM_USER+2 3 60000\n"
         "await query 1 5\n"
+        "polls 2 100\n"
         "end\n"
         "play 0\n";
     CScenario scenario;
@@ -65,7 +66,7 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
     EXPECT_EQ(FillTemplate(second, L"[NAME]"), L"Caf\u00E9");
     EXPECT_EQ(scenario.playlist, (std::vector<std::size_t>{0, 1, 0}));
 
-    ASSERT_EQ(scenario.steps.size(), 15u);
+    ASSERT_EQ(scenario.steps.size(), 16u);
     const auto& steps = scenario.steps;
     EXPECT_EQ(steps[0].kind, EStep::Speed);
     EXPECT_DOUBLE_EQ(steps[0].speed, 2.5);
@@ -99,8 +100,11 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
     EXPECT_EQ(steps[11].milliseconds, 60000u);
     EXPECT_EQ(steps[12].kind, EStep::Await);
     EXPECT_EQ(steps[12].message, 0u) << "library queries";
-    EXPECT_EQ(steps[13].kind, EStep::End);
-    EXPECT_EQ(steps[14].kind, EStep::Play);
+    EXPECT_EQ(steps[13].kind, EStep::Polls);
+    EXPECT_EQ(steps[13].times, 2u);
+    EXPECT_EQ(steps[13].milliseconds, 100u);
+    EXPECT_EQ(steps[14].kind, EStep::End);
+    EXPECT_EQ(steps[15].kind, EStep::Play);
 }
 
 TEST(PlayerScenario, FaultsNameTheirLine)

@@ -39,9 +39,14 @@ CPostedMessageReport::~CPostedMessageReport()
 LRESULT CALLBACK CPostedMessageReport::OnMessage(int code, WPARAM removal, LPARAM message)
 {
     const auto* posted = reinterpret_cast<const MSG*>(message);
-    if (code == HC_ACTION && removal == PM_REMOVE && g_current != nullptr &&
-        posted->message >= WM_USER && posted->message < WM_APP && posted->hwnd != nullptr &&
-        IsChild(g_container, posted->hwnd))
+    if (code != HC_ACTION || removal != PM_REMOVE || g_current == nullptr ||
+        posted->hwnd == nullptr || !IsChild(g_container, posted->hwnd))
+        return CallNextHookEx(nullptr, code, removal, message);
+    if (posted->message == WM_TIMER)
+    {
+        ++g_counts[WM_TIMER]; // counted only: there is one every poll
+    }
+    else if (posted->message >= WM_USER && posted->message < WM_APP)
     {
         ++g_counts[posted->message];
         g_current->m_report(L"posted to the control: WM_USER+" +

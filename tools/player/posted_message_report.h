@@ -32,7 +32,7 @@ private:
 };
 
 // How many messages of this number the control's windows have taken since
-// the report began (the player's thread only).
+// the report began (the player's thread only). WM_TIMER is counted too.
 std::size_t PostedToControlCount(UINT message);
 
 } // namespace cvas::player

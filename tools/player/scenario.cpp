@@ -266,6 +266,14 @@ private:
             step.milliseconds = static_cast<unsigned>(
                 ParseInteger(words[3], 0, kMaxWaitMilliseconds, L"milliseconds"));
         }
+        else if (keyword == L"polls")
+        {
+            count(2, 2);
+            step.kind = EStep::Polls;
+            step.times = static_cast<unsigned>(ParseInteger(words[1], 1, 1000000, L"count"));
+            step.milliseconds = static_cast<unsigned>(
+                ParseInteger(words[2], 0, kMaxWaitMilliseconds, L"milliseconds"));
+        }
         else if (keyword == L"send" || keyword == L"post")
         {
             count(1, 3);

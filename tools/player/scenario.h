@@ -23,6 +23,7 @@ enum class EStep
     Run,    // seconds
     Wait,   // milliseconds of real time
     Await,  // message (0: library queries), times, milliseconds
+    Polls,  // times, milliseconds: until the control's timers ran that many more times
     Send,   // message, wParam, lParam: sent, handled before the step ends
     Post,   // message, wParam, lParam: posted
     End,

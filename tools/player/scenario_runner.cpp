@@ -81,6 +81,7 @@ ERunOutcome CScenarioRunner::RunStep(const CStep& step)
     case EStep::Wait:
         return Pump(step.milliseconds);
     case EStep::Await:
+    case EStep::Polls:
         return Await(step);
     case EStep::Send:
     case EStep::Post: {
@@ -112,11 +113,18 @@ ERunOutcome CScenarioRunner::RunStep(const CStep& step)
 ERunOutcome CScenarioRunner::Await(const CStep& step)
 {
     const ULONGLONG end = GetTickCount64() + step.milliseconds;
+    // Polls count from this step on; messages and queries from Init on.
+    const std::size_t pollsBefore = PostedToControlCount(WM_TIMER);
+    const auto count = [&]() -> std::size_t {
+        if (step.kind == EStep::Polls)
+            return PostedToControlCount(WM_TIMER) - pollsBefore;
+        if (step.message != 0)
+            return PostedToControlCount(step.message);
+        return m_player.Access()->History().queries.size();
+    };
     for (;;)
     {
-        const std::size_t taken = step.message != 0
-                                      ? PostedToControlCount(step.message)
-                                      : m_player.Access()->History().queries.size();
+        const std::size_t taken = count();
         if (taken >= step.times)
             return ERunOutcome::Finished;
         const ULONGLONG now = GetTickCount64();
