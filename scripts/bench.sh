@@ -6,10 +6,25 @@
 # 2.5 times; from 5,000 tracks more, because the small document fits in the
 # cache and the large one does not (the memcpy floors show how much). Extra
 # arguments go to the benchmark program, e.g. --benchmark_filter=parse.
-# Usage: scripts/bench.sh [benchmark options]
+#
+# With --poll-tick it instead builds the win64 preset's poll-tick benchmark
+# and runs it under Wine: the plug-in's poll procedure against the simulated
+# player's automation objects, median and tail of the UI thread's time per
+# tick.
+# Usage: scripts/bench.sh [--poll-tick | benchmark options]
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
+
+if [ "${1:-}" = --poll-tick ]; then
+  cmake --preset win64 >/dev/null
+  cmake --build --preset win64 -j"$(nproc)" --target poll_tick_bench >/dev/null
+  wine=/usr/lib/wine/wine64
+  [ -x "$wine" ] || wine=$(command -v wine64)
+  export WINEPREFIX=$root/build/win64/wineprefix WINEDEBUG=-all
+  [ -f "$WINEPREFIX/.cvas-ready" ] || ./scripts/wine-prefix.sh "$wine"
+  exec "$wine" build/win64/bench/poll_tick_bench.exe
+fi
 
 cmake --preset bench >/dev/null
 cmake --build --preset bench -j"$(nproc)" --target xml_document_bench >/dev/null
