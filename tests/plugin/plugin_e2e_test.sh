@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # The plug-in end to end: registered with regsvr32 in a fresh prefix, hosted
-# by the simulated player, it queues the one play that qualifies and the
-# stand-in service receives it; a 29-second file and a file outside the
-# filter are judged and left; a play request reaches the player; the
+# by the simulated player, it queues the plays that qualify (at half their
+# length, at the high-water mark for a long file and for one of unknown
+# length) and the stand-in service receives them; a replay of the same file,
+# a 29-second file, a file outside the filter and a paused file are left; a
+# play request reaches the player; the
 # player's objects are all released; the window is in the screenshot; the
 # registry holds the control's keys and the player's values, and
 # unregistration removes the first and keeps the second.
@@ -28,6 +30,7 @@ has "$work/out.txt" "summary: references still held by the plug-in: 0 (none)"
 has "$work/out.txt" "Ignoring  as it's duration is 29 seconds."
 has "$work/out.txt" "File did not qualify (0) therefore it's not being submitted!"
 has "$work/out.txt" "play request: add key 3 (other.xyz)"
+has "$work/out.txt" "summary: queries: 4"
 python3 - "$work/shot.png" <<'PY' || fail "the screenshot is not a 640 x 480 PNG"
 import struct, sys
 data = open(sys.argv[1], "rb").read()
@@ -35,8 +38,10 @@ assert data[:8] == b"\x89PNG\r\n\x1a\n" and data[12:16] == b"IHDR"
 assert struct.unpack(">II", data[16:24]) == (640, 480)
 PY
 record=$CVAS_STANDIN_FOLDER/record.jsonl
-[ "$(wc -l <"$record")" -eq 1 ] || fail "the service took $(wc -l <"$record") plays, not 1"
+[ "$(wc -l <"$record")" -eq 3 ] || fail "the service took $(wc -l <"$record") plays, not 3"
 has "$record" '"artist":"Björk","track":"Jóga","album":"Homogenic"'
+has "$record" '"artist":"Long","track":"Suite"'
+has "$record" '"artist":"Unknown","track":"Stream"'
 
 clsid='{1E0C5BAE-BD48-48CD-B03E-CE3B3761106C}'
 registry() { tr -d '\r' <"$work/prefix/system.reg"; }
