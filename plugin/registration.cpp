@@ -1,6 +1,6 @@
 #include "plugin/registration.h"
 
-#include "plugin/version_info.h"
+#include "support/version_info.h"
 #include "resources/CVAudioScrobbler_h.h"
 #include "settings/plugin_mode.h"
 #include "support/message_box.h"

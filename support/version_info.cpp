@@ -1,4 +1,4 @@
-#include "plugin/version_info.h"
+#include "support/version_info.h"
 
 #include <windows.h>
 
@@ -46,6 +46,8 @@ bool ReadVersionTexts(const std::wstring& modulePath, CVersionTexts& texts)
         return false;
     wchar_t language[16];
     std::swprintf(language, 16, L"%04x%04x", translations[0].language, translations[0].codePage);
+    if (!QueryText(block, language, L"Comments", texts.comments))
+        texts.comments.clear();
     return QueryText(block, language, L"ProductVersion", texts.productVersion) &&
            QueryText(block, language, L"LegalCopyright", texts.legalCopyright) &&
            QueryText(block, language, L"CompanyName", texts.companyName);

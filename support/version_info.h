@@ -11,9 +11,10 @@ struct CVersionTexts
     std::wstring productVersion;
     std::wstring legalCopyright;
     std::wstring companyName;
+    std::wstring comments; // may be missing
 };
 
-// False unless all three texts were found.
+// False unless the first three texts were found.
 bool ReadVersionTexts(const std::wstring& modulePath, CVersionTexts& texts);
 
 } // namespace cvas
