@@ -1,6 +1,7 @@
 #pragma once
 // Owners of the user-interface handles: a window, destroyed when its owner
-// goes (a child that went with its parent is skipped), and an image list.
+// goes (a child that went with its parent is skipped), an image list and a
+// font.
 
 #include <windows.h>
 
@@ -29,7 +30,15 @@ struct CImageListTraits
     static void Close(HIMAGELIST images) { ImageList_Destroy(images); }
 };
 
+struct CFontTraits
+{
+    using Handle = HFONT;
+    static bool IsHandle(HFONT font) { return font != nullptr; }
+    static void Close(HFONT font) { DeleteObject(font); }
+};
+
 using CWindow = CUniqueHandle<CWindowTraits>;
+using CFont = CUniqueHandle<CFontTraits>;
 using CImageList = CUniqueHandle<CImageListTraits>;
 
 } // namespace cvas

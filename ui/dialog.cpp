@@ -1,0 +1,45 @@
+#include "ui/dialog.h"
+
+#include "support/this_module.h"
+
+namespace cvas
+{
+
+INT_PTR CDialog::DoModal(HWND owner)
+{
+    return DialogBoxParamW(ThisModule(), MAKEINTRESOURCEW(TemplateId()), owner, &Procedure,
+                           reinterpret_cast<LPARAM>(this));
+}
+
+bool CDialog::OnCommand(int id, int /*code*/)
+{
+    if (id == IDOK)
+        OnOK();
+    else if (id == IDCANCEL)
+        OnCancel();
+    else
+        return false;
+    return true;
+}
+
+void CDialog::OnOK()
+{
+    UpdateData(true);
+    EndDialog(IDOK);
+}
+
+void CDialog::OnCancel()
+{
+    EndDialog(IDCANCEL);
+}
+
+INT_PTR CALLBACK CDialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_INITDIALOG)
+        reinterpret_cast<CDialog*>(lParam)->Attach(window);
+    CDialogWindow* dialog = AttachedDialog(window);
+    return dialog != nullptr ? static_cast<CDialog*>(dialog)->Dispatch(message, wParam, lParam)
+                             : FALSE;
+}
+
+} // namespace cvas

@@ -1,0 +1,29 @@
+#pragma once
+// A modal dialog made from a template of this module: "OK" takes the
+// controls' values into the members and ends it with IDOK, "Cancel" (and
+// Esc) ends it with IDCANCEL.
+
+#include "ui/dialog_window.h"
+
+namespace cvas
+{
+
+class CDialog : public CDialogWindow
+{
+public:
+    explicit CDialog(int templateId) : CDialogWindow(templateId) {}
+
+    // Runs the dialog modally; IDOK, IDCANCEL, or -1 when it could not be made.
+    INT_PTR DoModal(HWND owner);
+
+protected:
+    bool OnCommand(int id, int code) override;
+    virtual void OnOK();
+    virtual void OnCancel();
+    void EndDialog(INT_PTR result) const { ::EndDialog(Window(), result); }
+
+private:
+    static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+};
+
+} // namespace cvas
