@@ -2,9 +2,11 @@
 
 #include "host/play_request.h"
 #include "plugin/module_state.h"
+#include "plugin/plugin_lifecycle.h"
 #include "plugin/window_messages.h"
 #include "support/hot_keys.h"
 #include "support/this_module.h"
+#include "ui/options/open_options.h"
 #include "ui/submitted_list.h"
 #include "ui/submitted_rows.h"
 
@@ -122,9 +124,9 @@ void CreateChildWindows(HWND window)
     LayOut(window, client.right, client.bottom);
 }
 
-void OpenOptions(bool /*firstStart*/)
+void OpenOptions(bool firstStart)
 {
-    // The options sheet opens here once it exists.
+    OpenOptionsSheet(PluginWindow(), firstStart, &SetScrobblingEnabled);
 }
 
 } // namespace cvas
