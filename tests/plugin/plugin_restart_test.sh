@@ -48,6 +48,7 @@ plays() { wc -l <"$CVAS_STANDIN_FOLDER/record.jsonl"; }
 
 start first-start restart_first_start.txt
 has "$work/first-start.txt" "posted to the control: WM_USER+1 (1, 0)"
+has "$work/first-start.txt" 'dialog "Options for last.fm": cancelled'
 lacks "$work/first-start.txt" "AS thread starting"
 
 control "script?handshake=hang"

@@ -57,11 +57,17 @@ void CMessageBoxCloser::CloseIfMessageBox(HWND window)
 {
     wchar_t className[16] = {};
     GetClassNameW(window, className, static_cast<int>(std::size(className)));
-    HWND text = GetDlgItem(window, kMessageBoxTextId);
-    if (std::wstring(className) != L"#32770" || text == nullptr || !IsWindowVisible(window) ||
+    if (std::wstring(className) != L"#32770" || !IsWindowVisible(window) ||
         m_closing.contains(window))
         return;
     m_closing.insert(window);
+    HWND text = GetDlgItem(window, kMessageBoxTextId);
+    if (text == nullptr)
+    {
+        m_report(L"dialog \"" + TextOf(window) + L"\": cancelled");
+        PostMessageW(window, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
+        return;
+    }
     m_report(L"message box \"" + TextOf(window) + L"\": " + TextOf(text));
     const LRESULT defaultId = SendMessageW(window, DM_GETDEFID, 0, 0);
     const WORD button = HIWORD(defaultId) == DC_HASDEFID ? LOWORD(defaultId) : IDOK;

@@ -1,7 +1,9 @@
 #pragma once
 // Plays the user in front of the player: a message box that the hosted
 // control shows is reported and, after a moment, closed with its default
-// button, so that a control that warns never leaves the player waiting.
+// button; any other dialog window of the control's (its options, say) is
+// reported by its caption and cancelled. A control that warns or asks never
+// leaves the player waiting.
 
 #include <windows.h>
 
