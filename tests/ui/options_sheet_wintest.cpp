@@ -11,7 +11,7 @@
 #include "settings/ini_file.h"
 #include "settings/settings_values.h"
 #include "support/logs.h"
-#include "ui/dialog_driver.h"
+#include "tools/dialog_driver/dialog_driver.h"
 #include "ui/options/open_options.h"
 #include "ui/shell_open.h"
 #include "ui/test_window.h"
@@ -24,6 +24,7 @@
 
 using namespace cvas;
 using namespace cvas::test;
+using namespace cvas::tools;
 
 namespace
 {

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace cvas::test
+namespace cvas::tools
 {
 
 class CDialogDriver
@@ -25,6 +25,11 @@ public:
     // returns when they are closed). Returns whether every step ran and
     // everything closed by itself.
     bool Run(const std::function<void()>& open);
+    // After Run: whether every step ran, and whether the driver had to
+    // cancel what was still open.
+    bool AllStepsRan() const { return m_next == m_steps.size(); }
+    bool Cancelled() const { return m_cancelled; }
+    bool Finished() const { return AllStepsRan() && !m_cancelled; }
 
 private:
     static void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD);
@@ -52,4 +57,4 @@ void ClickRow(HWND list, int row, bool twice = false);
 // A left click on the list's empty area below its rows (posted).
 void ClickBelowRows(HWND list);
 
-} // namespace cvas::test
+} // namespace cvas::tools

@@ -1,10 +1,8 @@
-#include "ui/dialog_driver.h"
+#include "tools/dialog_driver/dialog_driver.h"
 
 #include <commctrl.h>
 
-#include <gtest/gtest.h>
-
-namespace cvas::test
+namespace cvas::tools
 {
 namespace
 {
@@ -91,9 +89,7 @@ bool CDialogDriver::Run(const std::function<void()>& open)
     while (PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE))
     {
     }
-    EXPECT_EQ(m_next, m_steps.size()) << "the dialogs closed before every step ran";
-    EXPECT_FALSE(m_cancelled) << "the dialogs were still open after the last step";
-    return m_next == m_steps.size() && !m_cancelled;
+    return Finished();
 }
 
 void CALLBACK CDialogDriver::Tick(HWND, UINT, UINT_PTR, DWORD)
@@ -173,4 +169,4 @@ void ClickBelowRows(HWND list)
     ClickAt(list, {client.right / 2, client.bottom - 4}, false);
 }
 
-} // namespace cvas::test
+} // namespace cvas::tools
