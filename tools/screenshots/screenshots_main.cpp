@@ -1,0 +1,221 @@
+// Pictures of the plug-in's windows as a user sees them: the plug-in's
+// window with its Options button and a few submitted rows, every page of the
+// options sheet filled with settings, and the replacement dialog for Add and
+// for Modify. Each dialog's layout is checked as it shows (texts that do not
+// fit, controls across a frame, overlaps, the tab order).
+//
+// Usage: screenshots OUTDIR SUFFIX   (files are OUTDIR\NAME-SUFFIX.png)
+// Exit code: 0 all saved and nothing found, 1 layout faults, 2 failures.
+
+#include <windows.h>
+
+#include <commctrl.h>
+#include <shellapi.h>
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <string>
+#include <vector>
+
+#include "plugin/module_state.h"
+#include "plugin/window_messages.h"
+#include "resources/resource_ids.h"
+#include "scrobbler/replacements_file.h"
+#include "settings/data_folder.h"
+#include "settings/ini_file.h"
+#include "support/logs.h"
+#include "support/message_box.h"
+#include "tools/dialog_driver/dialog_driver.h"
+#include "tools/dialog_preview/dialog_layout.h"
+#include "tools/player/output.h"
+#include "tools/player/screenshot.h"
+#include "ui/options/open_options.h"
+#include "ui/submitted_list.h"
+
+using namespace cvas;
+using namespace cvas::tools;
+
+namespace
+{
+
+const std::wstring kSheet = L"Options for last.fm";
+const wchar_t* const kPageNames[] = {L"options_main",   L"options_logging", L"options_replace",
+                                     L"options_filter", L"options_buddy",   L"options_advanced",
+                                     L"options_about"};
+
+struct CRun
+{
+    std::wstring folder;
+    std::wstring suffix;
+    bool failed = false;
+    int faults = 0;
+};
+
+CRun g_run;
+
+void Paint(HWND window)
+{
+    RedrawWindow(window, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+}
+
+// Saves the window's picture; checks the layout of dialog (when given).
+void Picture(HWND window, const std::wstring& name, HWND dialog)
+{
+    Paint(window);
+    const std::wstring path = g_run.folder + L"\\" + name + L"-" + g_run.suffix + L".png";
+    player::CPicture picture;
+    if (window != nullptr && player::CaptureWindow(window, picture) &&
+        player::SavePicture(path, picture))
+    {
+        player::WriteLine(L"saved " + path);
+    }
+    else
+    {
+        player::WriteError(L"the picture could not be taken or saved: " + path);
+        g_run.failed = true;
+    }
+    if (dialog == nullptr)
+        return;
+    for (const std::wstring& fault : preview::CheckDialogLayout(dialog))
+    {
+        player::WriteLine(name + L": " + fault);
+        ++g_run.faults;
+    }
+}
+
+// Settings and replacements as a user might have them, in a data folder of
+// this run's own.
+void SetUpData()
+{
+    wchar_t temp[MAX_PATH] = {};
+    GetTempPathW(MAX_PATH, temp);
+    const std::wstring root = std::wstring(temp) + L"cvas-screenshots\\";
+    OverrideSpecialFolders(root + L"Documents", root + L"AppData");
+    CreateFolderLevels(DataFolder());
+    OpenLogs(CIni(SettingsFilePath()));
+    StatusLog(0, L"Screenshots");
+    CSettingsValues& values = Settings();
+    values.Enabled = true;
+    values.UserName = L"tester";
+    values.Password = L"secret";
+    values.ReattemptFailed = true;
+    values.EnableBuddySystem = true;
+    values.Filter = std::wstring(L"Filetype=[mp3],[ogg],[flac]\r\nRating=[>3]");
+    SetCurrentReplacements({{L"ABBA", L"Abba"},
+                            {L"Sigur Ros", L"Sigur R\u00F3s"},
+                            {L"\u041A\u0438\u043D\u043E", L"Kino"}});
+    // No box waits for a user: a message is only printed.
+    SetMessageBoxHandler([](const std::wstring& text, const wchar_t*, unsigned) {
+        player::WriteLine(L"message box: " + text);
+        return IDOK;
+    });
+}
+
+CTrackRecord Track(const wchar_t* artist, const wchar_t* album, const wchar_t* name,
+                   const wchar_t* time)
+{
+    CTrackRecord record(artist, album, name, L"240", time, {});
+    record.SetExtra(L"OK");
+    return record;
+}
+
+// The plug-in's window as the player shows it: the Options button above the
+// list of submitted tracks.
+HWND ShowPluginWindow(CMySubmittedListCtrl& list)
+{
+    HWND frame = CreateWindowExW(0, WC_STATICW, L"", WS_POPUP | WS_BORDER | WS_CLIPCHILDREN, 16, 16,
+                                 860, 220, nullptr, nullptr, nullptr, nullptr);
+    CreateWindowExW(0, WC_BUTTONW, L"&Options", WS_CHILD | WS_VISIBLE, 0, 0, 160, 22, frame,
+                    nullptr, nullptr, nullptr);
+    list.Create(kSubmittedListStyle, RECT{0, 22, 858, 218}, frame, 1);
+    const SYSTEMTIME submitted{2026, 11, 0, 23, 17, 6, 13, 0};
+    list.AddSubmittedRow(
+        true, Track(L"Bj\u00F6rk", L"Homogenic", L"J\u00F3ga", L"2026-11-23 17:05:53"), submitted);
+    list.AddSubmittedRow(
+        false,
+        Track(L"\u041A\u0438\u043D\u043E",
+              L"\u0413\u0440\u0443\u043F\u043F\u0430 \u043A\u0440\u043E\u0432\u0438",
+              L"\u0413\u0440\u0443\u043F\u043F\u0430 \u043A\u0440\u043E\u0432\u0438",
+              L"2026-11-23 17:05:59"),
+        submitted);
+    list.AddSubmittedRow(
+        true, Track(L"Sigur R\u00F3s", L"Takk\u2026", L"Hopp\u00EDpolla", L"2026-11-23 17:06:13"),
+        submitted);
+    ShowWindow(frame, SW_SHOWNOACTIVATE);
+    return frame;
+}
+
+// Every page in turn, then the Add and the Modify dialogs; then Cancel.
+void PictureTheSheet(HWND owner)
+{
+    CDialogDriver driver;
+    for (int page = 0; page < static_cast<int>(std::size(kPageNames)); ++page)
+    {
+        driver.Then([page] { SendMessageW(FindDialog(kSheet), PSM_SETCURSEL, page, 0); });
+        driver.Then([page] {
+            HWND sheet = FindDialog(kSheet);
+            Picture(sheet, kPageNames[page], CurrentPage(sheet));
+        });
+    }
+    driver.Then([] { SendMessageW(FindDialog(kSheet), PSM_SETCURSEL, 2, 0); });
+    driver.Then([] { Click(CurrentPage(FindDialog(kSheet)), IDC_ADD); });
+    driver.Then([] {
+        HWND dialog = FindDialog(L"Add Replacement");
+        ShowWindow(dialog, SW_SHOWNOACTIVATE);
+        Type(dialog, IDC_REPLACE_THIS, L"The The");
+        Picture(dialog, L"replacement_add", dialog);
+        Click(dialog, IDCANCEL);
+    });
+    driver.Then([] { Click(CurrentPage(FindDialog(kSheet)), IDC_MODIFY); });
+    driver.Then([] {
+        HWND dialog = FindDialog(L"Modify Replacement");
+        ShowWindow(dialog, SW_SHOWNOACTIVATE);
+        Picture(dialog, L"replacement_modify", dialog);
+        Click(dialog, IDCANCEL);
+    });
+    driver.Then([] { SendMessageW(FindDialog(kSheet), PSM_PRESSBUTTON, PSBTN_CANCEL, 0); });
+    driver.Run([owner] { OpenOptionsSheet(owner, false, [](bool) {}); });
+    if (!driver.Finished())
+    {
+        player::WriteError(L"the options sheet did not run its course");
+        g_run.failed = true;
+    }
+}
+
+} // namespace
+
+int main()
+{
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
+    int count = 0;
+    LPWSTR* arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (arguments == nullptr || count != 3)
+    {
+        player::WriteError(L"usage: screenshots OUTDIR SUFFIX");
+        return 2;
+    }
+    g_run.folder = arguments[1];
+    g_run.suffix = arguments[2];
+    LocalFree(arguments);
+
+    // Laid out at the screen's own DPI, as a program that says it is aware of it.
+    SetProcessDPIAware();
+    INITCOMMONCONTROLSEX controls = {sizeof(controls), ICC_LISTVIEW_CLASSES | ICC_TAB_CLASSES};
+    InitCommonControlsEx(&controls);
+    SetUpData();
+
+    CMySubmittedListCtrl list;
+    HWND window = ShowPluginWindow(list);
+    SetPluginWindow(window);
+    Picture(window, L"plugin_window", nullptr);
+    PictureTheSheet(window);
+    SetPluginWindow(nullptr);
+    DestroyWindow(window);
+    CloseLogs();
+
+    player::WriteLine(std::to_wstring(g_run.faults) + L" layout faults");
+    return g_run.failed ? 2 : g_run.faults != 0 ? 1 : 0;
+}
