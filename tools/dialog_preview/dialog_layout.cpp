@@ -13,7 +13,8 @@ HWND CreatePageInside(HINSTANCE module, int templateId, HWND parent, DLGPROC pro
     HGLOBAL loaded = found != nullptr ? LoadResource(module, found) : nullptr;
     const void* bytes = loaded != nullptr ? LockResource(loaded) : nullptr;
     const DWORD size = found != nullptr ? SizeofResource(module, found) : 0;
-    if (bytes == nullptr || size < sizeof(DLGTEMPLATE))
+    // A template is a few kilobytes at most; anything else is no template.
+    if (bytes == nullptr || size < sizeof(DLGTEMPLATE) || size > 0x10000)
         return nullptr;
     // A copy in DWORDs keeps the alignment that the dialog manager needs.
     std::vector<DWORD> copy((size + sizeof(DWORD) - 1) / sizeof(DWORD));
