@@ -11,6 +11,31 @@ INT_PTR CDialog::DoModal(HWND owner)
                            reinterpret_cast<LPARAM>(this));
 }
 
+bool CDialog::Create(HWND owner)
+{
+    m_modeless = true;
+    HWND window = CreateDialogParamW(ThisModule(), MAKEINTRESOURCEW(TemplateId()), owner,
+                                     &Procedure, reinterpret_cast<LPARAM>(this));
+    if (window == nullptr)
+        return false;
+    ShowWindow(window, SW_SHOW);
+    return true;
+}
+
+void CDialog::Destroy()
+{
+    if (Window() != nullptr && IsWindow(Window()))
+        DestroyWindow(Window());
+}
+
+void CDialog::EndDialog(INT_PTR result)
+{
+    if (m_modeless)
+        Destroy();
+    else
+        ::EndDialog(Window(), result);
+}
+
 bool CDialog::OnCommand(int id, int /*code*/)
 {
     if (id == IDOK)

@@ -15,14 +15,20 @@ public:
 
     // Runs the dialog modally; IDOK, IDCANCEL, or -1 when it could not be made.
     INT_PTR DoModal(HWND owner);
+    // Makes the dialog modeless and shows it; false when it could not be made.
+    bool Create(HWND owner);
+    // Destroys a modeless dialog (nothing when there is none).
+    void Destroy();
 
 protected:
     bool OnCommand(int id, int code) override;
     virtual void OnOK();
     virtual void OnCancel();
-    void EndDialog(INT_PTR result) const { ::EndDialog(Window(), result); }
+    // Ends a modal run; a modeless dialog is destroyed instead.
+    void EndDialog(INT_PTR result);
 
 private:
+    bool m_modeless = false;
     static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 };
 

@@ -87,8 +87,10 @@ INT_PTR CDialogWindow::Dispatch(UINT message, WPARAM wParam, LPARAM lParam)
             SetWindowLongPtrW(m_window, DWLP_MSGRESULT, result);
             return TRUE;
         }
-        default:
-            return FALSE;
+        default: {
+            INT_PTR answer = FALSE;
+            return OnMessage(message, wParam, lParam, answer) ? answer : FALSE;
+        }
         }
     }
     catch (...)

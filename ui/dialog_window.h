@@ -58,6 +58,8 @@ protected:
     virtual bool OnCommand(int /*id*/, int /*code*/) { return false; }
     // A notification from a control; true when handled, with its result.
     virtual bool OnNotify(const NMHDR& /*header*/, LRESULT& /*result*/) { return false; }
+    // Any other message; true when handled, with the dialog procedure's answer.
+    virtual bool OnMessage(UINT /*message*/, WPARAM, LPARAM, INT_PTR& /*answer*/) { return false; }
 
     // The message dispatch of the dialog procedures. The window is attached
     // by WM_INITDIALOG before anything else is passed on.
