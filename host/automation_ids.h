@@ -33,8 +33,13 @@ constexpr DISPID kFileLibraryKey = 35;  // method
 constexpr DISPID kFileFillTemplate =
     38; // method (template): the template with the fields filled in
 
-// The list of files a library query found (method).
+// The list of files a library query found (methods).
 constexpr DISPID kFileListCount = 1;
+constexpr DISPID kFileListItem = 5; // (index from 0): a file
+
+// The automation object: skinning of a thread's windows (method; thread id,
+// 1 on or 0 off), in players of major version 12 and later.
+constexpr DISPID kAutomationSkinThread = 32;
 
 // The list a play request fills (methods).
 constexpr DISPID kPlayListStart = 4;    // (0) start playing

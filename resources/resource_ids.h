@@ -60,6 +60,18 @@
 #define IDC_ABOUT_VERSION 230
 #define IDC_ABOUT_LEGAL 234
 #define IDC_ABOUT_COMMENTS 239
+/* The buddy dialog, its tracks page and the progress window; icon 244 marks
+   a track that is in the user's own library. */
+#define IDI_IN_LIBRARY 244
+#define IDD_BUDDIES 301
+#define IDD_BUDDY_TRACKS 245
+#define IDD_STATUS 247
+#define IDC_BUDDY_TABS 252
+#define IDC_STATUS_TEXT 253
+#define IDC_BUDDY_NAMES 302
+#define IDC_PLAY 304
+#define IDC_BUDDY_TRACKS 306
+
 /* The replacement dialog */
 #define IDC_REPLACE_THIS 216
 #define IDC_WITH_THIS 223

@@ -9,6 +9,8 @@ colour with alpha, plus the 1-bit mask):
   resources/icons/open_file.ico      an open folder, for the "..." buttons
   resources/icons/move_up.ico        an up arrow
   resources/icons/move_down.ico      a down arrow
+  resources/icons/in_library.ico     a white note on a blue disc: a friend's
+                                     track that is in the user's library
 
 Standard library only; the output is the same on every run. Run it from
 anywhere: python3 scripts/make_icons.py
@@ -151,6 +153,9 @@ OPTIONS = [
     (strokes([((8.6, 3.4), (10.8, 5.2)), ((10.8, 5.2), (11.2, 7.8))], 1.6), WHITE),
 ]
 
+LIBRARY_BLUE = (0x1E, 0x5A, 0xB4)
+IN_LIBRARY = [(disc(8, 8, 7.6), LIBRARY_BLUE)] + OPTIONS[1:]
+
 # Outlines lie on whole pixels: each shape is drawn in its line colour and
 # again, one pixel narrower, in its fill.
 FOLDER_LINE = (0x7A, 0x52, 0x10)
@@ -213,6 +218,7 @@ def main():
     (folder / "open_file.ico").write_bytes(ico_bytes(paint(OPEN_FILE, 16)))
     (folder / "move_up.ico").write_bytes(ico_bytes(paint(arrow(UP_ARROW_SHAPE), 16)))
     (folder / "move_down.ico").write_bytes(ico_bytes(paint(arrow(DOWN_ARROW_SHAPE), 16)))
+    (folder / "in_library.ico").write_bytes(ico_bytes(paint(IN_LIBRARY, 16)))
 
 
 if __name__ == "__main__":
