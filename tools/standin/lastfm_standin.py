@@ -11,7 +11,10 @@ This is an implementation of its own, written from the protocol; it shares
 nothing with the plug-in, so that one mistake cannot hide on both sides.
 
 Scripted answers are consumed one per request, in order, separately for
-handshakes and for submissions; when a list runs dry the service behaves.
+handshakes, for submissions and for feed requests; when a list runs dry the
+service behaves. A feed request takes the actions common to every route
+(delay, hang, stall, drop, huge, binary, raw, failed, badauth, baduser); any
+other word gives the normal answer.
 An action is a word, some with an argument after a colon:
 
   ok             the normal answer
@@ -36,9 +39,24 @@ An action is a word, some with an argument after a colon:
 
 The control endpoint (GET, query parameters):
   /control/reset                      forget scripts and requests, empty the files
-  /control/script?handshake=A&submit=B  append actions (each parameter repeatable)
+  /control/script?handshake=A&submit=B&feed=C
+                                      append actions (each parameter repeatable)
   /control/user?name=N&password=P     add or change a user
   /control/requests                   every request so far, one JSON object a line
+
+The web-service feeds (GET), answered from the fixture folder (--feeds,
+by default feeds/ beside this script), each request journalled as a "feed":
+  /1.0/user/NAME/friends.xml          the file FEEDS/NAME/friends.xml
+  /1.0/user/NAME/recenttracks.xml     the file FEEDS/NAME/recenttracks.xml
+A file that is not there answers 404. The fixtures in feeds/ (UTF-8):
+  tester   friends alice, bob, carol, dave and erin, in that order
+  loner    a friends document without any user
+  alice    recent tracks with non-Latin and bracketed names, and one track
+           without a url
+  bob      recent tracks that answer "Error: ..." instead of a document
+  carol    an empty recenttracks document
+  dave     no recent tracks file at all (404)
+  erin     two plain recent tracks
 """
 
 import argparse
@@ -54,6 +72,8 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 SUBMISSION_PATH = "/protocol_1.1"
 HUGE_BODY_BYTES = 1_000_000
 FEED_ROUTES = ("friends.xml", "recenttracks.xml")
+DEFAULT_FEEDS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "feeds")
+SCRIPTED_KINDS = ("handshake", "submit", "feed")
 
 
 def md5_hex(data):
@@ -67,7 +87,7 @@ class ServiceState:
         self.lock = threading.Lock()
         self.users = dict(users)
         self.sessions = {}  # user name -> the challenge of its latest handshake
-        self.scripts = {"handshake": [], "submit": []}
+        self.scripts = {kind: [] for kind in SCRIPTED_KINDS}
         self.requests = []
         self.record_path = record_path
         self.journal_path = journal_path
@@ -84,7 +104,7 @@ class ServiceState:
     def reset(self):
         with self.lock:
             self.sessions.clear()
-            self.scripts = {"handshake": [], "submit": []}
+            self.scripts = {kind: [] for kind in SCRIPTED_KINDS}
             self.requests.clear()
             self._truncate_files()
 
@@ -300,7 +320,10 @@ class Handler(BaseHTTPRequestHandler):
     # The web-service feeds
 
     def feed(self, url):
-        self.note("feed", url, b"", "ok")
+        action = self.state.next_action("feed")
+        self.note("feed", url, b"", action)
+        if self.misbehave(*split_action(action)):
+            return
         parts = url.path.split("/")  # "", "1.0", "user", NAME, FILE
         name = urllib.parse.unquote(parts[3]) if len(parts) == 5 else ""
         folder = self.state.feeds_folder
@@ -322,8 +345,8 @@ class Handler(BaseHTTPRequestHandler):
         if command == "reset":
             self.state.reset()
         elif command == "script":
-            self.state.add_actions("handshake", query.get("handshake", []))
-            self.state.add_actions("submit", query.get("submit", []))
+            for kind in SCRIPTED_KINDS:
+                self.state.add_actions(kind, query.get(kind, []))
         elif command == "user":
             with self.state.lock:
                 self.state.users[query.get("name", [""])[0]] = query.get("password", [""])[0]
@@ -367,13 +390,17 @@ def parse_arguments(argv):
                         metavar="NAME:PASSWORD", help="a known user (repeatable)")
     parser.add_argument("--record", help="file that gets one JSON line per accepted play")
     parser.add_argument("--journal", help="file that gets one JSON line per request")
-    parser.add_argument("--feeds", help="folder of fixture feeds: NAME/friends.xml, NAME/recenttracks.xml")
+    parser.add_argument("--feeds", default=DEFAULT_FEEDS,
+                        help="folder of fixture feeds: NAME/friends.xml, NAME/recenttracks.xml"
+                             " (default: feeds/ beside this script)")
     parser.add_argument("--lifetime", type=float, default=600.0,
                         help="seconds after which the service stops by itself")
     parser.add_argument("--handshake", action="append", default=[], metavar="ACTION",
                         help="scripted handshake answer (repeatable, used in order)")
     parser.add_argument("--submit", action="append", default=[], metavar="ACTION",
                         help="scripted submission answer (repeatable, used in order)")
+    parser.add_argument("--feed", action="append", default=[], metavar="ACTION",
+                        help="scripted feed answer (repeatable, used in order)")
     parser.add_argument("--port-file", help="also write the bound port into this file")
     parser.add_argument("--verbose", action="store_true", help="log every request on stderr")
     return parser.parse_args(argv)
@@ -383,6 +410,7 @@ def serve(arguments):
     state = ServiceState(arguments.user, arguments.record, arguments.journal, arguments.feeds)
     state.add_actions("handshake", arguments.handshake)
     state.add_actions("submit", arguments.submit)
+    state.add_actions("feed", arguments.feed)
     server = StandInServer(arguments.port, state, arguments.verbose)
     port = server.server_address[1]
     print(port, flush=True)
