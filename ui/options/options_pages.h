@@ -62,6 +62,7 @@ protected:
     bool OnInitDialog() override;
     bool OnCommand(int id, int code) override;
     bool OnNotify(const NMHDR& header, LRESULT& result) override;
+    bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& answer) override;
     bool OnApply() override;
 
 private:

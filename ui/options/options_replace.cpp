@@ -11,6 +11,9 @@ namespace
 {
 
 constexpr int kColumnWidth = 100;
+// Posted to the page by a double click: Modify runs once the list has done
+// with the click, not inside its notification.
+constexpr UINT kModifyMessage = WM_APP + 1;
 constexpr int kRowButtons[] = {IDC_DELETE, IDC_MODIFY, IDC_MOVE_UP, IDC_MOVE_DOWN};
 
 void SetButtonIcon(HWND button, int iconId)
@@ -105,8 +108,17 @@ bool COptionsReplace::OnNotify(const NMHDR& header, LRESULT& result)
     if (header.code == NM_CLICK)
         ShowButtonsFor(row);
     else if (row >= 0)
-        Modify();
+        PostMessageW(Window(), kModifyMessage, 0, 0);
     result = 0;
+    return true;
+}
+
+bool COptionsReplace::OnMessage(UINT message, WPARAM, LPARAM, INT_PTR& answer)
+{
+    if (message != kModifyMessage)
+        return false;
+    Modify();
+    answer = TRUE;
     return true;
 }
 
