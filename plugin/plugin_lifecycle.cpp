@@ -1,5 +1,6 @@
 #include "plugin/plugin_lifecycle.h"
 
+#include "buddies/buddy_thread.h"
 #include "host/poll_timer.h"
 #include "plugin/control_window.h"
 #include "plugin/module_state.h"
@@ -87,6 +88,12 @@ HRESULT PluginInit(IDispatch* automation, HWND window)
     // stop that timed out never waits on a closed event.
     if (EventShutdown() == nullptr)
         CreateEngineEvents();
+    SetHotKeyCommandHandler([](unsigned command) {
+        if (command == kBuddyCommand)
+            StartBuddyThread();
+        else
+            StartRecommendationThread();
+    });
     if (Settings().EnableBuddySystem)
         AddHotKey(window, Settings().BuddyHotkey, L"", kBuddyCommand);
     if (Settings().EnableRecommendationSystem)

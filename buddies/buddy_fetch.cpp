@@ -1,0 +1,84 @@
+#include "buddies/buddy_fetch.h"
+
+#include "buddies/buddy_feeds.h"
+#include "plugin/module_state.h"
+#include "scrobbler/engine_state.h"
+#include "scrobbler/open_url.h"
+#include "support/wide_format.h"
+#include "ui/dlg_status.h"
+
+#include <memory>
+
+namespace cvas
+{
+namespace
+{
+
+constexpr DWORD kFetchTimeoutMs = 30000;
+
+constexpr std::size_t kProgressChars = 1024;
+
+// The feed's URL: the setting with the user name in place of its "%s". The
+// setting is not used as a printf format, so that another '%' in it (an
+// escape such as %20) stays as it is.
+std::wstring FeedUrl(std::wstring format, const std::wstring& user)
+{
+    const std::size_t mark = format.find(L"%s");
+    if (mark != std::wstring::npos)
+        format.replace(mark, 2, user);
+    return format;
+}
+
+// Opens url; on success the whole answer is in text.
+bool Fetch(const std::wstring& url, std::unique_ptr<COpenURL>& transport, std::wstring& text)
+{
+    if (!COpenURL::Open(Settings().AgentName, url, kFetchTimeoutMs, EventShutdown(), transport))
+        return false;
+    text = transport->ReadAll();
+    return true;
+}
+
+} // namespace
+
+void FetchBuddies(CDlgStatus& progress, CBuddyInfo& list)
+{
+    progress.SetProgressText(L"Fetching buddies ...");
+    list.buddies.clear();
+    std::unique_ptr<COpenURL> transport;
+    std::wstring answer;
+    if (!Fetch(FeedUrl(Settings().BuddiesUrl, Settings().UserName), transport, answer) ||
+        answer.empty())
+        return;
+    for (std::wstring& name : ParseFriendNames(answer))
+    {
+        auto buddy = std::make_shared<CBuddy>();
+        buddy->name = std::move(name);
+        list.buddies.push_back(std::move(buddy));
+    }
+}
+
+void FetchAll(CDlgStatus& progress)
+{
+    auto list = std::make_shared<CBuddyInfo>();
+    FetchBuddies(progress, *list);
+    bool anyFetched = false;
+    for (const CountedHandle<CBuddy>& buddy : list->buddies)
+    {
+        progress.SetProgressText(
+            FormatWide(kProgressChars, L"Processing %ls ...", buddy->name.c_str()));
+        std::unique_ptr<COpenURL> transport;
+        if (Fetch(FeedUrl(Settings().RecentTracksUrl, buddy->name), transport,
+                  buddy->rawRecentTracks))
+        {
+            anyFetched = true;
+            continue;
+        }
+        transport->ReportFailure();
+        if (transport->Status() == COpenURL::kShutdownRequested)
+            break;
+    }
+    if (anyFetched)
+        PublishBuddyList(std::move(list));
+}
+
+} // namespace cvas

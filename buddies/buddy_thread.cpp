@@ -1,0 +1,135 @@
+#include "buddies/buddy_thread.h"
+
+#include "buddies/buddy_fetch.h"
+#include "buddies/recommendation.h"
+#include "buddies/skin_thread.h"
+#include "plugin/module_state.h"
+#include "support/com_ptr.h"
+#include "support/message_box.h"
+#include "support/module_thread.h"
+#include "ui/buddies/dlg_buddies.h"
+#include "ui/dlg_status.h"
+
+#include <objbase.h>
+
+#include <utility>
+
+namespace cvas
+{
+namespace
+{
+
+// The player's automation object, handed from the UI thread to a thread of
+// ours: marshalled there, unmarshalled here, so that every call reaches the
+// object in its own apartment.
+class CMarshalledAutomation
+{
+public:
+    // On the UI thread.
+    CMarshalledAutomation()
+    {
+        if (HostAutomation() != nullptr && FAILED(CoMarshalInterThreadInterfaceInStream(
+                                               IID_IDispatch, HostAutomation(), &m_stream)))
+            m_stream = nullptr;
+    }
+    ~CMarshalledAutomation()
+    {
+        if (m_stream != nullptr)
+            m_stream->Release();
+    }
+    CMarshalledAutomation(const CMarshalledAutomation&) = delete;
+    CMarshalledAutomation& operator=(const CMarshalledAutomation&) = delete;
+
+    // On the thread, once: the proxy, or null.
+    CComPtr<IDispatch> Take()
+    {
+        IDispatch* automation = nullptr;
+        IStream* stream = std::exchange(m_stream, nullptr);
+        if (stream == nullptr || FAILED(CoGetInterfaceAndReleaseStream(
+                                     stream, IID_IDispatch, reinterpret_cast<void**>(&automation))))
+            return {};
+        return CComPtr<IDispatch>::Adopt(automation);
+    }
+
+private:
+    IStream* m_stream = nullptr;
+};
+
+// COM for the life of a thread of ours, in an apartment of its own, as its
+// windows need.
+class CThreadApartment
+{
+public:
+    CThreadApartment() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+    ~CThreadApartment()
+    {
+        if (SUCCEEDED(m_result))
+            CoUninitialize();
+    }
+    CThreadApartment(const CThreadApartment&) = delete;
+    CThreadApartment& operator=(const CThreadApartment&) = delete;
+
+private:
+    HRESULT m_result;
+};
+
+class CBuddyThread : public CThreadWork
+{
+public:
+    void Run() override
+    {
+        const CThreadApartment apartment;
+        const CComPtr<IDispatch> automation = m_automation.Take();
+        const CSkinThread skin(automation.Get());
+        CDlgStatus progress;
+        progress.Create(nullptr);
+        FetchAll(progress);
+        // The current list, which after a fetch that got nothing is that of
+        // an earlier one.
+        const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
+        if (!list)
+        {
+            InfoMessage(L"No buddy information found!");
+            return;
+        }
+        progress.Destroy();
+        CDlgBuddies dialog(list, automation.Get());
+        dialog.DoModal(PluginWindow());
+    }
+
+private:
+    CMarshalledAutomation m_automation;
+};
+
+class CRecommendationThread : public CThreadWork
+{
+public:
+    void Run() override
+    {
+        const CThreadApartment apartment;
+        const CComPtr<IDispatch> automation = m_automation.Take();
+        const CSkinThread skin(automation.Get());
+        RecommendForCurrentTrack(automation.Get());
+    }
+
+private:
+    CMarshalledAutomation m_automation;
+};
+
+} // namespace
+
+void StartBuddyThread()
+{
+    DWORD error = 0;
+    if (!StartModuleThread(std::make_shared<CBuddyThread>(), error))
+        WarningMessage(L"Failed to start the background AudioScrobbler buddy thread!");
+}
+
+void StartRecommendationThread()
+{
+    DWORD error = 0;
+    if (!StartModuleThread(std::make_shared<CRecommendationThread>(), error))
+        WarningMessage(L"Failed to start the background AudioScrobbler recommendation thread!");
+}
+
+} // namespace cvas

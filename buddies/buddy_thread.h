@@ -1,0 +1,15 @@
+#pragma once
+// The two short-lived threads of the hot keys: the buddy thread fetches the
+// friends' recent tracks and shows them; the recommendation thread looks at
+// the track that plays and, for now, does nothing more with it. Each press
+// starts a thread of its own; nothing stops a second one while one runs.
+
+namespace cvas
+{
+
+// Hot key 110. Warns when the thread cannot be started.
+void StartBuddyThread();
+// Hot key 111. Warns when the thread cannot be started.
+void StartRecommendationThread();
+
+} // namespace cvas
