@@ -1,0 +1,283 @@
+// The buddy fetch and the two hot-key threads against the stand-in's feeds:
+// what is published and when, the progress texts, a failing or stopped
+// fetch, the buddy thread from its start to its dialog's end with a play
+// request reaching the player, and the recommendation thread that does
+// nothing anyone can see.
+#include "buddies/buddy_fetch.h"
+#include "buddies/buddy_thread.h"
+#include "common/captured_messages.h"
+#include "host/play_request.h"
+#include "plugin/module_state.h"
+#include "plugin/window_messages.h"
+#include "resources/resource_ids.h"
+#include "scrobbler/engine_state.h"
+#include "scrobbler/network_fixture.h"
+#include "scrobbler/standin_client.h"
+#include "support/com_ptr.h"
+#include "support/module_thread.h"
+#include "tools/player/automation_objects.h"
+#include "ui/dlg_status.h"
+#include "ui/test_window.h"
+
+#include <commctrl.h>
+#include <objbase.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <thread>
+
+using namespace cvas;
+using namespace cvas::player;
+using namespace cvas::test;
+
+namespace
+{
+
+const std::vector<std::wstring> kTesterFriends = {L"alice", L"bob", L"carol", L"dave", L"erin"};
+
+std::vector<std::wstring> NamesOf(const CountedHandle<CBuddyInfo>& list)
+{
+    std::vector<std::wstring> names;
+    if (list)
+        for (const auto& buddy : list->buddies)
+            names.push_back(buddy->name);
+    return names;
+}
+
+CLibraryFile File(int key, const std::wstring& fileName, const std::wstring& artist,
+                  const std::wstring& name)
+{
+    CLibraryFile file;
+    file.key = key;
+    file.fileName = fileName;
+    file.identity = fileName;
+    file.duration = 200;
+    file.fields = {{L"ARTIST", artist}, {L"NAME", name}};
+    return file;
+}
+
+LRESULT CALLBACK PluginWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == kPlayRequestMessage)
+    {
+        PlayLibraryFile(static_cast<int>(wParam));
+        return 0;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+// Handles this thread's messages (the player's calls from the buddy thread
+// arrive as messages) until the condition holds or limitMs pass.
+bool PumpUntil(const std::function<bool()>& condition, unsigned limitMs)
+{
+    const ULONGLONG end = GetTickCount64() + limitMs;
+    while (!condition())
+    {
+        if (GetTickCount64() >= end)
+            return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+        {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+    }
+    return true;
+}
+
+class BuddyFetch : public NetworkTest
+{
+protected:
+    void SetUp() override
+    {
+        NetworkTest::SetUp();
+        Settings() = CSettingsValues{};
+        Settings().UserName = L"tester";
+        Settings().BuddiesUrl = StandinBase() + L"/1.0/user/%s/friends.xml";
+        Settings().RecentTracksUrl = StandinBase() + L"/1.0/user/%s/recenttracks.xml";
+        PublishBuddyList(nullptr);
+        TakeCapturedMessages();
+    }
+    void TearDown() override
+    {
+        PublishBuddyList(nullptr);
+        Settings() = CSettingsValues{};
+        NetworkTest::TearDown();
+    }
+    // A list that an earlier fetch published.
+    CountedHandle<CBuddyInfo> PublishEarlierList()
+    {
+        auto earlier = std::make_shared<CBuddyInfo>();
+        earlier->buddies.push_back(std::make_shared<CBuddy>());
+        earlier->buddies[0]->name = L"earlier";
+        PublishBuddyList(earlier);
+        return earlier;
+    }
+    std::wstring ProgressText(const CDlgStatus& progress)
+    {
+        return progress.ItemText(IDC_STATUS_TEXT);
+    }
+};
+
+} // namespace
+
+TEST_F(BuddyFetch, PublishesEveryFriendWithTheRawFeeds)
+{
+    CDlgStatus progress;
+    ASSERT_TRUE(progress.Create(nullptr));
+    FetchAll(progress);
+    const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
+    EXPECT_EQ(NamesOf(list), kTesterFriends);
+    ASSERT_TRUE(list);
+    EXPECT_NE(list->buddies[0]->rawRecentTracks.find(L"<recenttracks user=\"alice\">"),
+              std::wstring::npos);
+    EXPECT_EQ(list->buddies[1]->rawRecentTracks.rfind(L"Error:", 0), 0u);
+    EXPECT_TRUE(list->buddies[0]->recentTracks.empty()) << "parsed only when shown";
+    EXPECT_EQ(JournalCount("feed"), 6u) << "the friends, then each friend in turn";
+    EXPECT_EQ(ProgressText(progress), L"Processing erin ...");
+}
+
+TEST_F(BuddyFetch, NothingFetchedLeavesTheEarlierList)
+{
+    const CountedHandle<CBuddyInfo> earlier = PublishEarlierList();
+    CDlgStatus progress;
+    ASSERT_TRUE(progress.Create(nullptr));
+    // A user without friends: only the friends feed is asked for.
+    Settings().UserName = L"loner";
+    FetchAll(progress);
+    EXPECT_EQ(CurrentBuddyList(), earlier);
+    EXPECT_EQ(JournalCount("feed"), 1u);
+    EXPECT_EQ(ProgressText(progress), L"Fetching buddies ...");
+
+    // Friends, but no feed of theirs can be reached: each is tried, each
+    // failure is logged, and nothing is published.
+    Settings().UserName = L"tester";
+    Settings().RecentTracksUrl = L"http://127.0.0.1:1/1.0/user/%s/recenttracks.xml";
+    FetchAll(progress);
+    EXPECT_EQ(CurrentBuddyList(), earlier) << "a fetch that got no tracks publishes nothing";
+    const std::vector<std::wstring> texts = StatusTexts();
+    EXPECT_EQ(std::count(texts.begin(), texts.end(),
+                         L"\thttp://127.0.0.1:1/1.0/user/erin/recenttracks.xml"),
+              1);
+    EXPECT_EQ(
+        std::count(texts.begin(), texts.end(), L"Got error 12029 while trying to connect to:"), 5);
+}
+
+TEST_F(BuddyFetch, ShutdownStopsTheLoopAtTheBuddyBeingFetched)
+{
+    const CountedHandle<CBuddyInfo> earlier = PublishEarlierList();
+    // alice's feed is slow; the plug-in shuts down meanwhile.
+    Script(L"feed=ok&feed=delay:20");
+    std::atomic<bool> done{false};
+    std::thread fetching([&done] {
+        CDlgStatus progress;
+        progress.Create(nullptr);
+        FetchAll(progress);
+        done = true;
+    });
+    const bool asked = WaitFor([] { return JournalCount("feed") == 2; }, 15000);
+    SetEvent(EventShutdown());
+    const bool stopped = WaitFor([&done] { return done.load(); }, 15000);
+    if (!stopped)
+    {
+        ADD_FAILURE() << "the fetch did not stop at the shutdown";
+        std::fflush(nullptr);
+        std::_Exit(1); // nothing is ever killed; the run ends here
+    }
+    fetching.join();
+    ResetEvent(EventShutdown());
+    EXPECT_TRUE(asked);
+    EXPECT_EQ(JournalCount("feed"), 2u) << "no friend after alice was asked for";
+    EXPECT_EQ(CurrentBuddyList(), earlier);
+    EXPECT_TRUE(StatusLogHas(L"Shutdown requested while trying to connect to:"));
+}
+
+TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
+{
+    // The buddy thread reaches the player from its own apartment, through
+    // this thread's message loop.
+    ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+    CSharedPlayer player(CPlayerModel({File(7, L"Plain.mp3", L"Plain Artist", L"Plain Song")}, {0},
+                                      [](double, const std::wstring&) {}));
+    CRefLedger ledger;
+    CAutomationContext context{player, ledger, false};
+    auto automation = CComPtr<IDispatch>::Adopt(CreateAutomation(context));
+    HWND window = CreateTestWindow(L"BuddyThreadPluginWindow", PluginWindowProc);
+    SetPluginWindow(window);
+    SetHostAutomation(automation.Get());
+
+    // The recommendation thread looks at the player and shows and sends nothing.
+    StartRecommendationThread();
+    EXPECT_TRUE(PumpUntil([] { return LiveModuleThreads() == 0; }, 30000));
+    EXPECT_EQ(JournalCount("feed"), 0u);
+    EXPECT_TRUE(TakeCapturedMessages().empty());
+
+    // The buddy thread: erin's first track is in the library; a double click
+    // on it plays it in the player; the close box ends the thread.
+    StartBuddyThread();
+    HWND dialog = nullptr;
+    PumpUntil(
+        [&dialog] { return (dialog = FindWindowW(nullptr, L"Friend Information")) != nullptr; },
+        60000);
+    // Whatever happens below, the dialog is closed and its thread ends.
+    const std::unique_ptr<void, void (*)(void*)> closing(dialog, [](void* window) {
+        PostMessageW(static_cast<HWND>(window), WM_CLOSE, 0, 0);
+        PumpUntil([] { return LiveModuleThreads() == 0; }, 30000);
+    });
+    ASSERT_NE(dialog, nullptr);
+    HWND names = GetDlgItem(dialog, IDC_BUDDY_NAMES);
+    HWND page = FindWindowExW(GetDlgItem(dialog, IDC_BUDDY_TABS), nullptr, L"#32770", nullptr);
+    HWND tracks = GetDlgItem(page, IDC_BUDDY_TRACKS);
+    EXPECT_TRUE(PumpUntil([tracks] { return ListView_GetItemCount(tracks) > 0; }, 10000))
+        << "the first buddy is shown once the dialog shows";
+    EXPECT_EQ(SendMessageW(names, LB_GETCURSEL, 0, 0), 0);
+    // The user picks erin. Posted: the buddy thread calls the player while
+    // it handles the pick, which a sent message would not allow.
+    SendMessageW(names, LB_SETCURSEL, 4, 0);
+    PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_BUDDY_NAMES, LBN_SELCHANGE),
+                 reinterpret_cast<LPARAM>(names));
+    EXPECT_TRUE(PumpUntil(
+        [tracks] {
+            wchar_t artist[64] = {};
+            ListView_GetItemText(tracks, 0, 0, artist, 64);
+            return std::wstring(artist) == L"Plain Artist";
+        },
+        10000));
+    ASSERT_EQ(ListView_GetItemCount(tracks), 2);
+    LVITEMW item{};
+    item.mask = LVIF_IMAGE;
+    ListView_GetItem(tracks, &item);
+    EXPECT_EQ(item.iImage, 0) << "the library icon";
+    RECT row{};
+    ListView_GetItemRect(tracks, 0, &row, LVIR_LABEL);
+    const LPARAM point = MAKELPARAM(row.left + 4, (row.top + row.bottom) / 2);
+    for (UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP})
+        PostMessageW(tracks, message, message == WM_LBUTTONUP ? 0 : MK_LBUTTON, point);
+    EXPECT_TRUE(
+        PumpUntil([&player] { return !player.Access()->History().playRequests.empty(); }, 10000));
+    EXPECT_EQ(player.Access()->History().playRequests, std::vector<int>{7});
+    PostMessageW(dialog, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(PumpUntil([] { return LiveModuleThreads() == 0; }, 30000));
+    EXPECT_EQ(NamesOf(CurrentBuddyList()), kTesterFriends);
+    // The rest of the test needs the dialog no more.
+
+    // A user without friends and no earlier list: the message, and the end.
+    PublishBuddyList(nullptr);
+    Settings().UserName = L"loner";
+    StartBuddyThread();
+    EXPECT_TRUE(PumpUntil([] { return LiveModuleThreads() == 0; }, 30000));
+    std::vector<std::wstring> texts;
+    for (const CapturedMessage& message : TakeCapturedMessages())
+        texts.push_back(message.text);
+    EXPECT_EQ(texts, std::vector<std::wstring>{L"No buddy information found!"});
+
+    SetHostAutomation(nullptr);
+    SetPluginWindow(nullptr);
+    DestroyWindow(window);
+    automation.Release();
+    EXPECT_TRUE(PumpUntil([&ledger] { return ledger.Total() == 0; }, 10000))
+        << "every reference released: " << testing::PrintToString(ledger.Describe());
+    CoUninitialize();
+}
