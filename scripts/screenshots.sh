@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Pictures of the plug-in's windows under Xvfb, at 96 and at 144 DPI, each in
 # a fresh Wine prefix of its own: the plug-in's window with submitted rows,
-# every page of the options sheet and the replacement dialog for Add and for
-# Modify, saved as build/screenshots/NAME-DPI.png. Each dialog's layout is
+# every page of the options sheet, the replacement dialog for Add and for
+# Modify, the progress window of a fetch of buddies and the buddy dialog,
+# saved as build/screenshots/NAME-DPI.png. Each dialog's layout is
 # checked as it shows; the faults found are printed.
 #
 # Usage: scripts/screenshots.sh [--dpi N]...   (default: --dpi 96 --dpi 144)

@@ -1,7 +1,7 @@
 // The dialog templates as the options sheet's page classes and the
 // replacement dialog use them, and the layout check that keeps them tidy.
 #include "resources/resource_ids.h"
-#include "tools/dialog_preview/dialog_layout.h"
+#include "tools/dialog_layout/dialog_layout.h"
 #include "ui/test_window.h"
 
 #include <commctrl.h>
@@ -34,7 +34,7 @@ public:
         if (page)
         {
             m_parent = test::CreateTestWindow(L"CvasDialogLayoutTest");
-            m_dialog = preview::CreatePageInside(module, id, m_parent, QuietDialogProc);
+            m_dialog = layout::CreatePageInside(module, id, m_parent, QuietDialogProc);
         }
         else
         {
@@ -207,7 +207,7 @@ TEST_P(DialogTemplateTest, LayoutHasNoFaultsOnThisScreen)
 {
     CShownTemplate dialog(GetParam().id, GetParam().page);
     ASSERT_NE(dialog.Get(), nullptr);
-    for (const std::wstring& fault : preview::CheckDialogLayout(dialog.Get()))
+    for (const std::wstring& fault : layout::CheckDialogLayout(dialog.Get()))
         ADD_FAILURE() << std::string(fault.begin(), fault.end());
 }
 
@@ -258,7 +258,7 @@ protected:
     std::wstring Faults()
     {
         std::wstring all;
-        for (const std::wstring& fault : preview::CheckDialogLayout(window))
+        for (const std::wstring& fault : layout::CheckDialogLayout(window))
             all += fault + L"\n";
         return all;
     }

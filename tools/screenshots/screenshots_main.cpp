@@ -1,8 +1,8 @@
 // Pictures of the plug-in's windows as a user sees them: the plug-in's
 // window with its Options button and a few submitted rows, every page of the
-// options sheet filled with settings, and the replacement dialog for Add and
-// for Modify. Each dialog's layout is checked as it shows (texts that do not
-// fit, controls across a frame, overlaps, the tab order).
+// options sheet filled with settings, the replacement dialog for Add and for
+// Modify, the progress window of a fetch of buddies and the buddy dialog. Each dialog's layout is
+// checked as it shows (texts that do not fit, controls across a frame, overlaps, the tab order).
 //
 // Usage: screenshots OUTDIR SUFFIX   (files are OUTDIR\NAME-SUFFIX.png)
 // Exit code: 0 all saved and nothing found, 1 layout faults, 2 failures.
@@ -18,18 +18,23 @@
 #include <string>
 #include <vector>
 
+#include "buddies/buddy_info.h"
 #include "plugin/module_state.h"
 #include "plugin/window_messages.h"
 #include "resources/resource_ids.h"
 #include "scrobbler/replacements_file.h"
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
+#include "support/com_ptr.h"
 #include "support/logs.h"
 #include "support/message_box.h"
 #include "tools/dialog_driver/dialog_driver.h"
-#include "tools/dialog_preview/dialog_layout.h"
+#include "tools/dialog_layout/dialog_layout.h"
+#include "tools/player/automation_objects.h"
 #include "tools/player/output.h"
 #include "tools/player/screenshot.h"
+#include "ui/buddies/dlg_buddies.h"
+#include "ui/dlg_status.h"
 #include "ui/options/open_options.h"
 #include "ui/submitted_list.h"
 
@@ -54,10 +59,25 @@ struct CRun
 
 CRun g_run;
 
+// What the thread has to handle, the window system's own events included.
+void DrainMessages()
+{
+    MSG message;
+    for (int handled = 0; handled < 10000 && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);
+         ++handled)
+    {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
 void Paint(HWND window)
 {
     RedrawWindow(window, nullptr, nullptr,
                  RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    // Wine hands what was drawn to the screen while the thread waits.
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);
+    DrainMessages();
 }
 
 // Saves the window's picture; checks the layout of dialog (when given).
@@ -78,7 +98,7 @@ void Picture(HWND window, const std::wstring& name, HWND dialog)
     }
     if (dialog == nullptr)
         return;
-    for (const std::wstring& fault : preview::CheckDialogLayout(dialog))
+    for (const std::wstring& fault : layout::CheckDialogLayout(dialog))
     {
         player::WriteLine(name + L": " + fault);
         ++g_run.faults;
@@ -184,6 +204,73 @@ void PictureTheSheet(HWND owner)
     }
 }
 
+std::wstring RecentTrack(const std::wstring& artist, const std::wstring& name, const wchar_t* uts)
+{
+    return L"<track><artist>" + artist + L"</artist><name>" + name +
+           L"</name><url>http://example.invalid/</url><date uts=\"" + uts + L"\"/></track>";
+}
+
+player::CLibraryFile LibraryFile(int key, const std::wstring& artist, const std::wstring& name)
+{
+    player::CLibraryFile file;
+    file.key = key;
+    file.fileName = artist + L" - " + name + L".mp3";
+    file.identity = file.fileName;
+    file.duration = 240;
+    file.fields = {{L"ARTIST", artist}, {L"NAME", name}};
+    return file;
+}
+
+// The progress window of a fetch, then the buddy dialog on a list of three
+// friends, two of whose tracks are in the player's library.
+void PictureTheBuddies(HWND owner)
+{
+    CDlgStatus progress;
+    progress.Create(nullptr);
+    progress.SetProgressText(L"Processing alice ...");
+    Picture(progress.Window(), L"buddy_progress", progress.Window());
+    progress.Destroy();
+
+    player::CSharedPlayer library(
+        player::CPlayerModel({LibraryFile(1, L"Bj\u00F6rk", L"J\u00F3ga"),
+                              LibraryFile(2, L"Sigur R\u00F3s", L"Hopp\u00EDpolla")},
+                             {0}, [](double, const std::wstring&) {}));
+    player::CRefLedger ledger;
+    player::CAutomationContext context{library, ledger, false};
+    const auto automation = CComPtr<IDispatch>::Adopt(player::CreateAutomation(context));
+    auto list = std::make_shared<CBuddyInfo>();
+    for (const wchar_t* name : {L"alice", L"bob", L"erin"})
+    {
+        list->buddies.push_back(std::make_shared<CBuddy>());
+        list->buddies.back()->name = name;
+    }
+    list->buddies[0]->rawRecentTracks =
+        L"<recenttracks user=\"alice\">" + RecentTrack(L"Bj\u00F6rk", L"J\u00F3ga", L"1700000000") +
+        RecentTrack(L"\u041A\u0438\u043D\u043E",
+                    L"\u0413\u0440\u0443\u043F\u043F\u0430 \u043A\u0440\u043E\u0432\u0438",
+                    L"1699999700") +
+        RecentTrack(L"Sigur R\u00F3s", L"Hopp\u00EDpolla", L"1699999400") +
+        RecentTrack(L"The [Bracket] Band", L"Square &amp; Round", L"1699999100") +
+        L"</recenttracks>";
+
+    CDialogDriver driver;
+    driver.Then([] { ShowWindow(FindDialog(L"Friend Information"), SW_SHOWNOACTIVATE); });
+    driver.Then([] {
+        HWND dialog = FindDialog(L"Friend Information");
+        Picture(dialog, L"buddies", dialog);
+        Click(dialog, IDOK);
+    });
+    driver.Run([&] {
+        CDlgBuddies dialog(list, automation.Get());
+        dialog.DoModal(owner);
+    });
+    if (!driver.Finished())
+    {
+        player::WriteError(L"the buddy dialog did not run its course");
+        g_run.failed = true;
+    }
+}
+
 } // namespace
 
 int main()
@@ -212,6 +299,7 @@ int main()
     SetPluginWindow(window);
     Picture(window, L"plugin_window", nullptr);
     PictureTheSheet(window);
+    PictureTheBuddies(window);
     SetPluginWindow(nullptr);
     DestroyWindow(window);
     CloseLogs();

@@ -1,10 +1,10 @@
-#include "tools/dialog_preview/dialog_layout.h"
+#include "tools/dialog_layout/dialog_layout.h"
 
 #include <commctrl.h>
 
 #include <cstring>
 
-namespace cvas::preview
+namespace cvas::layout
 {
 
 HWND CreatePageInside(HINSTANCE module, int templateId, HWND parent, DLGPROC procedure)
@@ -274,4 +274,4 @@ std::vector<std::wstring> CheckDialogLayout(HWND dialog)
     return faults;
 }
 
-} // namespace cvas::preview
+} // namespace cvas::layout

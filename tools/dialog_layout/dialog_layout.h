@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace cvas::preview
+namespace cvas::layout
 {
 
 // A page template (a captioned child) made a visible child of parent without
@@ -20,4 +20,4 @@ HWND CreatePageInside(HINSTANCE module, int templateId, HWND parent, DLGPROC pro
 // One line for each fault found in the dialog's controls, empty when none.
 std::vector<std::wstring> CheckDialogLayout(HWND dialog);
 
-} // namespace cvas::preview
+} // namespace cvas::layout
