@@ -73,7 +73,9 @@ private:
     HRESULT m_result;
 };
 
-class CBuddyThread : public CThreadWork
+// A thread of the hot keys: in an apartment of its own, with the player's
+// automation object and its windows skinned by the player.
+class CPlayerThreadWork : public CThreadWork
 {
 public:
     void Run() override
@@ -81,6 +83,20 @@ public:
         const CThreadApartment apartment;
         const CComPtr<IDispatch> automation = m_automation.Take();
         const CSkinThread skin(automation.Get());
+        RunWith(automation.Get());
+    }
+
+protected:
+    virtual void RunWith(IDispatch* automation) = 0;
+
+private:
+    CMarshalledAutomation m_automation;
+};
+
+class CBuddyThread : public CPlayerThreadWork
+{
+    void RunWith(IDispatch* automation) override
+    {
         CDlgStatus progress;
         progress.Create(nullptr);
         FetchAll(progress);
@@ -93,27 +109,14 @@ public:
             return;
         }
         progress.Destroy();
-        CDlgBuddies dialog(list, automation.Get());
+        CDlgBuddies dialog(list, automation);
         dialog.DoModal(PluginWindow());
     }
-
-private:
-    CMarshalledAutomation m_automation;
 };
 
-class CRecommendationThread : public CThreadWork
+class CRecommendationThread : public CPlayerThreadWork
 {
-public:
-    void Run() override
-    {
-        const CThreadApartment apartment;
-        const CComPtr<IDispatch> automation = m_automation.Take();
-        const CSkinThread skin(automation.Get());
-        RecommendForCurrentTrack(automation.Get());
-    }
-
-private:
-    CMarshalledAutomation m_automation;
+    void RunWith(IDispatch* automation) override { RecommendForCurrentTrack(automation); }
 };
 
 } // namespace
