@@ -16,6 +16,10 @@ wineserver_bin=$(dirname "$wine64")/wineserver
 # Windows that Wine manages itself, not the window manager: without this every
 # new window waits two seconds for a window manager that Xvfb lacks.
 "$wine64" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 || true
+# A program that crashes ends at once, with its backtrace on standard error,
+# instead of waiting for a crash dialog that nobody closes.
+"$wine64" reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f \
+  >/dev/null 2>&1 || true
 "$wineserver_bin" -w || true
 [ -f "$WINEPREFIX/system.reg" ] || { echo "wine prefix was not created in $WINEPREFIX" >&2; exit 1; }
 touch "$WINEPREFIX/.cvas-ready"

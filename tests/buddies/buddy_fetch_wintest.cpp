@@ -24,6 +24,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <thread>
 
@@ -33,6 +35,10 @@ using namespace cvas::test;
 
 namespace
 {
+
+// Bounds of the waits for the buddy thread: far beyond what it needs, even
+// on a machine that is busy with other work.
+constexpr unsigned kThreadStepMs = 60000;
 
 const std::vector<std::wstring> kTesterFriends = {L"alice", L"bob", L"carol", L"dave", L"erin"};
 
@@ -85,6 +91,18 @@ bool PumpUntil(const std::function<bool()>& condition, unsigned limitMs)
         }
     }
     return true;
+}
+
+// Waits until every thread of ours has ended. One that does not end still
+// uses the player on the test's stack: nothing is ever killed, so the run
+// ends here.
+void AwaitThreadsEnd()
+{
+    if (PumpUntil([] { return LiveModuleThreads() == 0; }, kThreadStepMs))
+        return;
+    ADD_FAILURE() << "a thread of ours did not end";
+    std::fflush(nullptr);
+    std::_Exit(1);
 }
 
 class BuddyFetch : public NetworkTest
@@ -169,7 +187,7 @@ TEST_F(BuddyFetch, ShutdownStopsTheLoopAtTheBuddyBeingFetched)
 {
     const CountedHandle<CBuddyInfo> earlier = PublishEarlierList();
     // alice's feed is slow; the plug-in shuts down meanwhile.
-    Script(L"feed=ok&feed=delay:20");
+    Script(L"feed=ok&feed=delay:45");
     std::atomic<bool> done{false};
     std::thread fetching([&done] {
         CDlgStatus progress;
@@ -177,9 +195,9 @@ TEST_F(BuddyFetch, ShutdownStopsTheLoopAtTheBuddyBeingFetched)
         FetchAll(progress);
         done = true;
     });
-    const bool asked = WaitFor([] { return JournalCount("feed") == 2; }, 15000);
+    const bool asked = WaitFor([] { return JournalCount("feed") == 2; }, kThreadStepMs);
     SetEvent(EventShutdown());
-    const bool stopped = WaitFor([&done] { return done.load(); }, 15000);
+    const bool stopped = WaitFor([&done] { return done.load(); }, kThreadStepMs);
     if (!stopped)
     {
         ADD_FAILURE() << "the fetch did not stop at the shutdown";
@@ -207,10 +225,17 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     HWND window = CreateTestWindow(L"BuddyThreadPluginWindow", PluginWindowProc);
     SetPluginWindow(window);
     SetHostAutomation(automation.Get());
+    // The plug-in lets go of the player before the player (on this stack)
+    // goes, whichever way the test ends.
+    const std::unique_ptr<void, void (*)(void*)> unplug(window, [](void* plugin) {
+        SetHostAutomation(nullptr);
+        SetPluginWindow(nullptr);
+        DestroyWindow(static_cast<HWND>(plugin));
+    });
 
     // The recommendation thread looks at the player and shows and sends nothing.
     StartRecommendationThread();
-    EXPECT_TRUE(PumpUntil([] { return LiveModuleThreads() == 0; }, 30000));
+    AwaitThreadsEnd();
     EXPECT_EQ(JournalCount("feed"), 0u);
     EXPECT_TRUE(TakeCapturedMessages().empty());
 
@@ -220,18 +245,25 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     HWND dialog = nullptr;
     PumpUntil(
         [&dialog] { return (dialog = FindWindowW(nullptr, L"Friend Information")) != nullptr; },
-        60000);
+        kThreadStepMs);
     // Whatever happens below, the dialog is closed and its thread ends.
     const std::unique_ptr<void, void (*)(void*)> closing(dialog, [](void* window) {
         PostMessageW(static_cast<HWND>(window), WM_CLOSE, 0, 0);
-        PumpUntil([] { return LiveModuleThreads() == 0; }, 30000);
+        AwaitThreadsEnd();
     });
     ASSERT_NE(dialog, nullptr);
-    HWND names = GetDlgItem(dialog, IDC_BUDDY_NAMES);
-    HWND page = FindWindowExW(GetDlgItem(dialog, IDC_BUDDY_TABS), nullptr, L"#32770", nullptr);
-    HWND tracks = GetDlgItem(page, IDC_BUDDY_TRACKS);
-    EXPECT_TRUE(PumpUntil([tracks] { return ListView_GetItemCount(tracks) > 0; }, 10000))
+    // The dialog may be found before it has made its controls and its page.
+    HWND tracks = nullptr;
+    EXPECT_TRUE(PumpUntil(
+        [dialog, &tracks] {
+            HWND page =
+                FindWindowExW(GetDlgItem(dialog, IDC_BUDDY_TABS), nullptr, L"#32770", nullptr);
+            tracks = GetDlgItem(page, IDC_BUDDY_TRACKS);
+            return tracks != nullptr && ListView_GetItemCount(tracks) > 0;
+        },
+        kThreadStepMs))
         << "the first buddy is shown once the dialog shows";
+    HWND names = GetDlgItem(dialog, IDC_BUDDY_NAMES);
     EXPECT_EQ(SendMessageW(names, LB_GETCURSEL, 0, 0), 0);
     // The user picks erin. Posted: the buddy thread calls the player while
     // it handles the pick, which a sent message would not allow.
@@ -244,7 +276,7 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
             ListView_GetItemText(tracks, 0, 0, artist, 64);
             return std::wstring(artist) == L"Plain Artist";
         },
-        10000));
+        kThreadStepMs));
     ASSERT_EQ(ListView_GetItemCount(tracks), 2);
     LVITEMW item{};
     item.mask = LVIF_IMAGE;
@@ -255,11 +287,11 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     const LPARAM point = MAKELPARAM(row.left + 4, (row.top + row.bottom) / 2);
     for (UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP})
         PostMessageW(tracks, message, message == WM_LBUTTONUP ? 0 : MK_LBUTTON, point);
-    EXPECT_TRUE(
-        PumpUntil([&player] { return !player.Access()->History().playRequests.empty(); }, 10000));
+    EXPECT_TRUE(PumpUntil([&player] { return !player.Access()->History().playRequests.empty(); },
+                          kThreadStepMs));
     EXPECT_EQ(player.Access()->History().playRequests, std::vector<int>{7});
     PostMessageW(dialog, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(PumpUntil([] { return LiveModuleThreads() == 0; }, 30000));
+    AwaitThreadsEnd();
     EXPECT_EQ(NamesOf(CurrentBuddyList()), kTesterFriends);
     // The rest of the test needs the dialog no more.
 
@@ -267,17 +299,15 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     PublishBuddyList(nullptr);
     Settings().UserName = L"loner";
     StartBuddyThread();
-    EXPECT_TRUE(PumpUntil([] { return LiveModuleThreads() == 0; }, 30000));
+    AwaitThreadsEnd();
     std::vector<std::wstring> texts;
     for (const CapturedMessage& message : TakeCapturedMessages())
         texts.push_back(message.text);
     EXPECT_EQ(texts, std::vector<std::wstring>{L"No buddy information found!"});
 
     SetHostAutomation(nullptr);
-    SetPluginWindow(nullptr);
-    DestroyWindow(window);
     automation.Release();
-    EXPECT_TRUE(PumpUntil([&ledger] { return ledger.Total() == 0; }, 10000))
+    EXPECT_TRUE(PumpUntil([&ledger] { return ledger.Total() == 0; }, kThreadStepMs))
         << "every reference released: " << testing::PrintToString(ledger.Describe());
     CoUninitialize();
 }
