@@ -2,6 +2,7 @@
 
 #include "resources/resource_ids.h"
 #include "support/this_module.h"
+#include "ui/small_icons.h"
 
 #include <iterator>
 
@@ -21,20 +22,10 @@ constexpr ColumnSpec kColumns[] = {
     {L"Album", 200},          {L"Name", 200},        {L"last.fm response", 200},
 };
 
-constexpr int kIconSize = 16;
-
+// The image index is the success flag: 0 failed, 1 succeeded.
 CImageList MakeImages()
 {
-    CImageList images(ImageList_Create(kIconSize, kIconSize, ILC_COLOR32 | ILC_MASK, 1, 5));
-    // The image index is the success flag: 0 failed, 1 succeeded.
-    for (const int icon : {IDI_SUBMIT_FAILED, IDI_SUBMIT_OK})
-    {
-        // A shared icon belongs to the system and is never destroyed.
-        const auto handle = static_cast<HICON>(LoadImageW(
-            ThisModule(), MAKEINTRESOURCEW(icon), IMAGE_ICON, kIconSize, kIconSize, LR_SHARED));
-        ImageList_AddIcon(images.Get(), handle);
-    }
-    return images;
+    return CImageList(MakeSmallImageList({IDI_SUBMIT_FAILED, IDI_SUBMIT_OK}));
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "ui/buddies/dlg_buddies.h"
 
 #include "resources/resource_ids.h"
-#include "support/this_module.h"
+#include "ui/small_icons.h"
 #include "ui/wait_cursor.h"
 
 #include <commctrl.h>
@@ -21,13 +21,7 @@ constexpr UINT kSelectFirstMessage = WM_USER + 1;
 // the module has to call into the common controls.
 void MakeSharedImages()
 {
-    static const HIMAGELIST images = [] {
-        HIMAGELIST list = ImageList_Create(16, 16, ILC_COLOR32 | ILC_MASK, 1, 5);
-        HICON icon = static_cast<HICON>(LoadImageW(ThisModule(), MAKEINTRESOURCEW(IDI_IN_LIBRARY),
-                                                   IMAGE_ICON, 16, 16, LR_SHARED));
-        ImageList_AddIcon(list, icon);
-        return list;
-    }();
+    static const HIMAGELIST images = MakeSmallImageList({IDI_IN_LIBRARY});
     static_cast<void>(images);
 }
 

@@ -3,8 +3,8 @@
 #include "plugin/module_state.h"
 #include "plugin/window_messages.h"
 #include "resources/resource_ids.h"
-#include "support/this_module.h"
 #include "ui/list_view.h"
+#include "ui/small_icons.h"
 #include "ui/wait_cursor.h"
 
 #include <commctrl.h>
@@ -28,10 +28,7 @@ bool CTabBuddyTracks::OnInitDialog()
 {
     CDialog::OnInitDialog();
     HWND list = Item(IDC_BUDDY_TRACKS);
-    m_images = CImageList(ImageList_Create(16, 16, ILC_COLOR32 | ILC_MASK, 1, 5));
-    HICON icon = static_cast<HICON>(
-        LoadImageW(ThisModule(), MAKEINTRESOURCEW(IDI_IN_LIBRARY), IMAGE_ICON, 16, 16, LR_SHARED));
-    ImageList_AddIcon(m_images.Get(), icon);
+    m_images = CImageList(MakeSmallImageList({IDI_IN_LIBRARY}));
     ListView_SetImageList(list, m_images.Get(), LVSIL_SMALL);
     const CListView view(list);
     view.SetFullRowSelect();

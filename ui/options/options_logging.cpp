@@ -1,9 +1,9 @@
 #include "plugin/module_state.h"
 #include "resources/resource_ids.h"
 #include "support/message_box.h"
-#include "support/this_module.h"
 #include "ui/options/options_pages.h"
 #include "ui/shell_open.h"
+#include "ui/small_icons.h"
 
 namespace cvas
 {
@@ -32,11 +32,8 @@ void COptionsLogging::DoDataExchange(CDataExchange& exchange)
 bool COptionsLogging::OnInitDialog()
 {
     CPropertyPage::OnInitDialog();
-    // A shared icon: the system keeps it, nothing frees it.
-    HANDLE icon =
-        LoadImageW(ThisModule(), MAKEINTRESOURCEW(IDI_OPEN_FILE), IMAGE_ICON, 16, 16, LR_SHARED);
     for (int button : kOpenButtons)
-        SendMessageW(Item(button), BM_SETIMAGE, IMAGE_ICON, reinterpret_cast<LPARAM>(icon));
+        SetButtonIcon(Item(button), IDI_OPEN_FILE);
     return true;
 }
 

@@ -1,9 +1,9 @@
 #include "resources/resource_ids.h"
 #include "support/message_box.h"
-#include "support/this_module.h"
 #include "ui/list_view.h"
 #include "ui/options/dlg_replacement.h"
 #include "ui/options/options_pages.h"
+#include "ui/small_icons.h"
 
 namespace cvas
 {
@@ -15,13 +15,6 @@ constexpr int kColumnWidth = 100;
 // with the click, not inside its notification.
 constexpr UINT kModifyMessage = WM_APP + 1;
 constexpr int kRowButtons[] = {IDC_DELETE, IDC_MODIFY, IDC_MOVE_UP, IDC_MOVE_DOWN};
-
-void SetButtonIcon(HWND button, int iconId)
-{
-    // A shared icon: the system keeps it, nothing frees it.
-    HANDLE icon = LoadImageW(ThisModule(), MAKEINTRESOURCEW(iconId), IMAGE_ICON, 16, 16, LR_SHARED);
-    SendMessageW(button, BM_SETIMAGE, IMAGE_ICON, reinterpret_cast<LPARAM>(icon));
-}
 
 } // namespace
 
