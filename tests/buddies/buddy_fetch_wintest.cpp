@@ -51,18 +51,6 @@ std::vector<std::wstring> NamesOf(const CountedHandle<CBuddyInfo>& list)
     return names;
 }
 
-CLibraryFile File(int key, const std::wstring& fileName, const std::wstring& artist,
-                  const std::wstring& name)
-{
-    CLibraryFile file;
-    file.key = key;
-    file.fileName = fileName;
-    file.identity = fileName;
-    file.duration = 200;
-    file.fields = {{L"ARTIST", artist}, {L"NAME", name}};
-    return file;
-}
-
 LRESULT CALLBACK PluginWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == kPlayRequestMessage)
@@ -217,8 +205,8 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     // The buddy thread reaches the player from its own apartment, through
     // this thread's message loop.
     ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-    CSharedPlayer player(CPlayerModel({File(7, L"Plain.mp3", L"Plain Artist", L"Plain Song")}, {0},
-                                      [](double, const std::wstring&) {}));
+    CSharedPlayer player(CPlayerModel({SongFile(7, L"Plain.mp3", L"Plain Artist", L"Plain Song")},
+                                      {0}, [](double, const std::wstring&) {}));
     CRefLedger ledger;
     CAutomationContext context{player, ledger, false};
     auto automation = CComPtr<IDispatch>::Adopt(CreateAutomation(context));

@@ -40,18 +40,6 @@ std::wstring Track(const std::wstring& artist, const std::wstring& name)
            L"<date uts=\"1700000000\">14 Nov 2023, 22:13</date></track>";
 }
 
-CLibraryFile File(int key, const std::wstring& fileName, const std::wstring& artist,
-                  const std::wstring& name)
-{
-    CLibraryFile file;
-    file.key = key;
-    file.fileName = fileName;
-    file.identity = fileName;
-    file.duration = 200;
-    file.fields = {{L"ARTIST", artist}, {L"NAME", name}};
-    return file;
-}
-
 CountedHandle<CBuddy> Buddy(const std::wstring& name, const std::wstring& raw)
 {
     auto buddy = std::make_shared<CBuddy>();
@@ -77,8 +65,8 @@ class BuddyDialog : public testing::Test
 {
 protected:
     BuddyDialog()
-        : player(CPlayerModel({File(11, L"Björk - Jóga.mp3", L"Björk", L"Jóga"),
-                               File(22, L"Other.mp3", L"Other", L"Song")},
+        : player(CPlayerModel({SongFile(11, L"Björk - Jóga.mp3", L"Björk", L"Jóga"),
+                               SongFile(22, L"Other.mp3", L"Other", L"Song")},
                               {0}, [](double, const std::wstring&) {})),
           context{player, ledger, false},
           automation(CComPtr<IDispatch>::Adopt(CreateAutomation(context)))

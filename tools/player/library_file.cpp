@@ -1,5 +1,7 @@
 #include "tools/player/library_file.h"
 
+#include <utility>
+
 namespace cvas::player
 {
 
@@ -21,6 +23,18 @@ wchar_t FoldCase(wchar_t c)
 }
 
 } // namespace
+
+CLibraryFile SongFile(int key, std::wstring fileName, std::wstring artist, std::wstring name,
+                      int duration)
+{
+    CLibraryFile file;
+    file.key = key;
+    file.identity = fileName;
+    file.fileName = std::move(fileName);
+    file.duration = duration;
+    file.fields = {{L"ARTIST", std::move(artist)}, {L"NAME", std::move(name)}};
+    return file;
+}
 
 bool EqualsIgnoringCase(std::wstring_view a, std::wstring_view b)
 {

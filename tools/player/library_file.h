@@ -22,6 +22,11 @@ struct CLibraryFile
     std::vector<std::pair<std::wstring, std::wstring>> fields;
 };
 
+// A song of the library: its file name, which is also its identity, and
+// its ARTIST and NAME fields.
+CLibraryFile SongFile(int key, std::wstring fileName, std::wstring artist, std::wstring name,
+                      int duration = 240);
+
 // Equality of letters regardless of case (ASCII, Latin-1, Greek, Cyrillic).
 bool EqualsIgnoringCase(std::wstring_view a, std::wstring_view b);
 

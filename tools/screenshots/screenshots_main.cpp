@@ -210,17 +210,6 @@ std::wstring RecentTrack(const std::wstring& artist, const std::wstring& name, c
            L"</name><url>http://example.invalid/</url><date uts=\"" + uts + L"\"/></track>";
 }
 
-player::CLibraryFile LibraryFile(int key, const std::wstring& artist, const std::wstring& name)
-{
-    player::CLibraryFile file;
-    file.key = key;
-    file.fileName = artist + L" - " + name + L".mp3";
-    file.identity = file.fileName;
-    file.duration = 240;
-    file.fields = {{L"ARTIST", artist}, {L"NAME", name}};
-    return file;
-}
-
 // The progress window of a fetch, then the buddy dialog on a list of three
 // friends, two of whose tracks are in the player's library.
 void PictureTheBuddies(HWND owner)
@@ -231,10 +220,11 @@ void PictureTheBuddies(HWND owner)
     Picture(progress.Window(), L"buddy_progress", progress.Window());
     progress.Destroy();
 
-    player::CSharedPlayer library(
-        player::CPlayerModel({LibraryFile(1, L"Bj\u00F6rk", L"J\u00F3ga"),
-                              LibraryFile(2, L"Sigur R\u00F3s", L"Hopp\u00EDpolla")},
-                             {0}, [](double, const std::wstring&) {}));
+    player::CSharedPlayer library(player::CPlayerModel(
+        {player::SongFile(1, L"Bj\u00F6rk - J\u00F3ga.mp3", L"Bj\u00F6rk", L"J\u00F3ga"),
+         player::SongFile(2, L"Sigur R\u00F3s - Hopp\u00EDpolla.mp3", L"Sigur R\u00F3s",
+                          L"Hopp\u00EDpolla")},
+        {0}, [](double, const std::wstring&) {}));
     player::CRefLedger ledger;
     player::CAutomationContext context{library, ledger, false};
     const auto automation = CComPtr<IDispatch>::Adopt(player::CreateAutomation(context));
