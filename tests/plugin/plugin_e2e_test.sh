@@ -12,12 +12,8 @@
 # Usage: plugin_e2e_test.sh RUN_PLAYER WINE64 PRISTINE_PREFIX PLAYER_EXE PLUGIN_DLL
 set -u
 run_player=$1 wine=$2 pristine=$3 player=$4 dll=$5
-here=$(cd "$(dirname "$0")" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-fail() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
-has() { grep -qF -- "$2" "$1" || fail "not in $(basename "$1"): $2"; }
+# shellcheck source=e2e_checks.sh
+source "$(dirname "$0")/e2e_checks.sh"
 
 bash "$run_player" --wine "$wine" --pristine "$pristine" --player "$player" --timeout 300 \
   --dll "$dll" --service "http://127.0.0.1:$CVAS_STANDIN_PORT" --setting Enabled=True \

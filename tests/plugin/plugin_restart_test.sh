@@ -10,13 +10,8 @@
 # Usage: plugin_restart_test.sh RUN_PLAYER WINE64 PRISTINE_PREFIX PLAYER_EXE PLUGIN_DLL
 set -u
 run_player=$1 wine=$2 pristine=$3 player=$4 dll=$5
-here=$(cd "$(dirname "$0")" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-fail() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
-has() { grep -qF -- "$2" "$1" || fail "not in $(basename "$1"): $2"; }
-lacks() { grep -qF -- "$2" "$1" && fail "in $(basename "$1"): $2"; }
+# shellcheck source=e2e_checks.sh
+source "$(dirname "$0")/e2e_checks.sh"
 service=http://127.0.0.1:$CVAS_STANDIN_PORT
 control() {
   python3 -c 'import sys, urllib.request; urllib.request.urlopen(sys.argv[1], timeout=10).read()' \
