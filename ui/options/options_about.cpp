@@ -3,7 +3,6 @@
 #include "support/version_info.h"
 #include "ui/options/options_pages.h"
 
-
 namespace cvas
 {
 namespace
