@@ -7,6 +7,9 @@ packages=(
   cmake make g++ python3
   g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools
   wine wine64 libwine-dev xvfb xauth
+  # The fonts Wine draws the dialogs with here: the layout checks measure
+  # their texts.
+  fonts-dejavu-core fonts-dejavu-extra fontconfig
   libgtest-dev libbenchmark-dev libexpat1-dev libpugixml-dev libtinyxml2-dev
   clang libclang-rt-14-dev clang-format
 )
