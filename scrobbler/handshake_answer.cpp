@@ -25,6 +25,19 @@ long long Find(std::string_view text, char c, long long from)
     return at == std::string_view::npos ? -1 : static_cast<long long>(at);
 }
 
+bool StartsWithNoCase(std::string_view text, std::string_view prefix)
+{
+    if (text.size() < prefix.size())
+        return false;
+    for (std::size_t i = 0; i < prefix.size(); ++i)
+    {
+        const char c = text[i];
+        if ((c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c) != prefix[i])
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 CHandshakeAnswer AcceptHandshake(const std::vector<std::string>& lines)
@@ -44,13 +57,15 @@ bool SplitSubmissionUrl(std::string_view url, CSubmissionTarget& target)
     if (slash == 0)
         return false;
     const long long pathStart = Find(url, '/', slash + 2);
-    const std::string_view hostText = Mid(url, slash + 2, pathStart - slash - 1);
+    // The host text without the slash that begins the path.
+    const std::string_view hostText = Mid(url, slash + 2, pathStart - slash - 2);
     target.path = std::string(Mid(url, pathStart, static_cast<long long>(url.size())));
+    target.secure = StartsWithNoCase(url, "https://");
     const std::size_t colon = hostText.find(':');
     if (colon == std::string_view::npos)
     {
-        target.port = ReadLeadingNumber(hostText);
-        target.host.clear();
+        target.host = std::string(hostText);
+        target.port = target.secure ? 443 : 80;
     }
     else
     {

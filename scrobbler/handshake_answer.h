@@ -25,12 +25,14 @@ struct CSubmissionTarget
     std::string host;
     int port = 0;
     std::string path;
+    bool secure = false; // posted over TLS
 };
 
 // Splits the submission URL into host, port and path. The host text runs
-// from just after "//" through the slash that begins the path; the port is
-// the number after its first colon. A URL without a port gives an empty host
-// (and so a connection that fails): the service always names its port.
+// from just after "//" up to the slash that begins the path; the port is the
+// number after its first colon. A host text without a colon is the host
+// itself, on the port of the URL's scheme: 443 for "https://", else 80. The
+// path keeps every slash it begins with, so "http://h//p" posts to "//p".
 // Returns false, leaving target untouched, for a URL that begins with "/".
 bool SplitSubmissionUrl(std::string_view url, CSubmissionTarget& target);
 

@@ -5,6 +5,7 @@
 #include "scrobbler/response_lines.h"
 #include "support/ansi_text.h"
 #include "support/logs.h"
+#include "support/text_encoding.h"
 
 #include <atomic>
 #include <vector>
@@ -107,7 +108,7 @@ bool COpenURL::Open(const std::wstring& agent, const std::wstring& url, DWORD ti
 
 std::wstring COpenURL::ReadAll()
 {
-    std::wstring text;
+    std::string body;
     std::vector<char> chunk(kResponseReadBytes + 1);
     DWORD read = 0;
     const HINTERNET request = Request();
@@ -115,9 +116,11 @@ std::wstring COpenURL::ReadAll()
     {
         chunk[read] = '\0';
         // Each chunk is 8-bit text: it ends at its first NUL.
-        text += AnsiToWide(std::string_view(chunk.data()));
+        body += std::string_view(chunk.data());
     }
-    return text;
+    // The feeds are UTF-8 documents. Decoded whole, a character that two
+    // chunks share stays whole; a body in another form is read as before.
+    return IsWellFormedUtf8(body) ? Utf8ToWide(body) : AnsiToWide(body);
 }
 
 void COpenURL::ReportFailure() const

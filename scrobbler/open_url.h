@@ -57,8 +57,9 @@ public:
     // The session and the request, for a thread that reads the answer.
     const std::shared_ptr<CSharedInternetHandles>& Handles() const { return m_handles; }
 
-    // The whole answer, read in chunks of up to 32,767 bytes, each taken as
-    // text in the ANSI code page.
+    // The whole answer, read in chunks of up to 32,767 bytes (each ending at
+    // its first NUL), decoded as UTF-8 when it is well-formed UTF-8 and
+    // else as text in the ANSI code page.
     std::wstring ReadAll();
 
     // Writes to the status log why the open did not succeed; nothing when it

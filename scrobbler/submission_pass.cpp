@@ -28,6 +28,7 @@ struct CPostTarget
     std::wstring host;
     INTERNET_PORT port = 0;
     std::wstring path;
+    bool secure = false;
 };
 
 struct CPostOutcome
@@ -41,11 +42,10 @@ struct CPostOutcome
 CPostTarget MakePostTarget(const CSubmissionTarget& target)
 {
     // A port that does not fit in 16 bits is given as 0, which WinINet reads
-    // as the default port of HTTP (80). A URL without a port has no host
-    // either, and that is what makes its connection fail.
+    // as the default port of the service.
     const bool portFits = target.port > 0 && target.port <= 65535;
     return {AnsiToWide(target.host), static_cast<INTERNET_PORT>(portFits ? target.port : 0),
-            AnsiToWide(target.path)};
+            AnsiToWide(target.path), target.secure};
 }
 
 CPostOutcome PostPlay(HINTERNET session, const CPostTarget& target, const std::string& body,
@@ -65,9 +65,11 @@ CPostOutcome PostPlay(HINTERNET session, const CPostTarget& target, const std::s
     // its connections; given them here as well, they bound how long a send
     // thread that was given up on lives.
     SetInternetTimeouts(connection.Get(), timeoutMs);
-    const HINTERNET request =
-        HttpOpenRequestW(connection.Get(), L"POST", target.path.c_str(), nullptr, nullptr, nullptr,
-                         INTERNET_FLAG_RELOAD | INTERNET_FLAG_PRAGMA_NOCACHE, 0);
+    // Over TLS, WinINet checks the service's certificate as it always does.
+    const DWORD flags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_PRAGMA_NOCACHE |
+                        (target.secure ? INTERNET_FLAG_SECURE : 0);
+    const HINTERNET request = HttpOpenRequestW(connection.Get(), L"POST", target.path.c_str(),
+                                               nullptr, nullptr, nullptr, flags, 0);
     if (request == nullptr)
     {
         const std::wstring text = ErrorText(GetLastError());
@@ -146,11 +148,13 @@ void RunSubmissionPass(const CSubmissionSettings& settings, HANDLE shutdown,
         if (outcome.shutdown)
             return;
         bool succeeded = false;
+        bool judged = false;
         std::wstring status = outcome.failure;
         if (outcome.answered)
         {
             const CSubmissionVerdict verdict = JudgeSubmissionAnswer(outcome.lines);
             succeeded = verdict.succeeded;
+            judged = verdict.judged;
             const std::wstring firstLine =
                 outcome.lines.empty() ? std::wstring() : AnsiToWide(outcome.lines[0]);
             // An answer that neither accepts nor refuses shows its first line.
@@ -164,7 +168,10 @@ void RunSubmissionPass(const CSubmissionSettings& settings, HANDLE shutdown,
         }
         if (report)
             report(succeeded, record, status);
-        if (!succeeded && settings.reattemptFailed)
+        // ReattemptFailed decides only about plays the service refused: a
+        // play it never judged (no connection, no answer, an answer in no
+        // words of the protocol) is kept whatever the setting says.
+        if (!succeeded && (settings.reattemptFailed || !judged))
             kept.push_back(it);
     }
     TrackList reattempt;

@@ -33,14 +33,19 @@ CSubmissionVerdict JudgeSubmissionAnswer(const std::vector<std::string>& lines)
     CSubmissionVerdict verdict;
     if (!lines.empty() && lines[0] == "OK")
     {
-        verdict.succeeded = true;
+        verdict.succeeded = verdict.judged = true;
         return verdict;
     }
     for (const std::string& line : lines)
     {
-        if (line.compare(0, 7, "FAILED ") == 0 || line == "BADAUTH")
+        // A wrong session is the wrong password of a newer server: it is
+        // refused, and written to the failed log, as BADAUTH is.
+        if (line.compare(0, 7, "FAILED ") == 0 || line == "BADAUTH" || line == "BADSESSION")
             verdict.refusals.push_back(line);
+        else if (line == "OK")
+            verdict.judged = true;
     }
+    verdict.judged = verdict.judged || !verdict.refusals.empty();
     return verdict;
 }
 

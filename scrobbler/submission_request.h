@@ -28,12 +28,17 @@ std::string BuildPostBody(std::string_view userUtf8, std::string_view sessionRes
 struct CSubmissionVerdict
 {
     bool succeeded = false;
-    // Every line that refuses the play ("FAILED …" or "BADAUTH"), in order;
-    // each one is written to the failed log.
+    // Every line that refuses the play ("FAILED …", "BADAUTH" or
+    // "BADSESSION"), in order; each one is written to the failed log.
     std::vector<std::string> refusals;
+    // The service judged the play: some line is "OK", a refusal or a wrong
+    // session. An answer without any such line (empty, an error page, a cut
+    // connection) judged nothing, and its play is kept for the next pass.
+    bool judged = false;
 };
 
-// Success is "OK" on the first line only; an "OK" further down is not.
+// Success is "OK" on the first line only; an "OK" further down is not, though
+// it still judges the play.
 CSubmissionVerdict JudgeSubmissionAnswer(const std::vector<std::string>& lines);
 
 } // namespace cvas

@@ -231,6 +231,26 @@ void AppendUtf8AsWide(std::string_view bytes, std::wstring& out)
     DecodeUtf8(bytes, out, true);
 }
 
+bool IsWellFormedUtf8(std::string_view bytes)
+{
+    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
+    const std::size_t size = bytes.size();
+    char32_t c = 0;
+    for (std::size_t i = 0; i < size;)
+    {
+        if (p[i] < 0x80)
+        {
+            ++i;
+            continue;
+        }
+        const std::size_t length = DecodeMultiByte(p + i, size - i, c);
+        if (length == 0)
+            return false;
+        i += length;
+    }
+    return true;
+}
+
 std::wstring Utf8ToWide(std::string_view bytes)
 {
     std::wstring out;

@@ -20,6 +20,10 @@ void AppendWideAsUtf8(std::wstring_view text, std::string& out);
 std::wstring Utf8ToWide(std::string_view bytes);
 void AppendUtf8AsWide(std::string_view bytes, std::wstring& out);
 
+// Whether bytes are well-formed UTF-8 throughout (no overlong forms, no
+// surrogates, nothing above U+10FFFF, no sequence cut off at the end).
+bool IsWellFormedUtf8(std::string_view bytes);
+
 // For text read in pieces: decodes like AppendUtf8AsWide but stops before a
 // sequence that the end of bytes cuts off (at most three bytes), so that the
 // next piece can complete it. Returns the number of bytes decoded.

@@ -64,26 +64,49 @@ TEST(SubmissionUrl, OrdinaryUrlGivesHostPortAndPath)
     EXPECT_EQ(target.path, "/a/b?x=1");
 }
 
-TEST(SubmissionUrl, UrlsWithoutPortOrSlashGiveAnEmptyHostAndALeadingSlashIsMalformed)
+TEST(SubmissionUrl, HostWithoutPortTakesThePortOfTheScheme)
+{
+    struct Case
+    {
+        const char* url;
+        const char* host;
+        int port;
+        const char* path;
+        bool secure;
+    };
+    for (const Case& c : {
+             Case{"http://h/p", "h", 80, "/p", false},
+             Case{"http://h//p", "h", 80, "//p", false},
+             Case{"http://h:8080//submissions/1.2/", "h", 8080, "//submissions/1.2/", false},
+             Case{"https://h/p", "h", 443, "/p", true},
+             Case{"HTTPS://h/p", "h", 443, "/p", true},
+             Case{"https://h:8443/p", "h", 8443, "/p", true},
+             Case{"http://127.0.0.1//submissions/1.2/", "127.0.0.1", 80, "//submissions/1.2/",
+                  false},
+             Case{"https://127.0.0.1/p", "127.0.0.1", 443, "/p", true},
+         })
+    {
+        SCOPED_TRACE(c.url);
+        CSubmissionTarget target;
+        ASSERT_TRUE(SplitSubmissionUrl(c.url, target));
+        EXPECT_EQ(target.host, c.host);
+        EXPECT_EQ(target.port, c.port);
+        EXPECT_EQ(target.path, c.path);
+        EXPECT_EQ(target.secure, c.secure);
+    }
+}
+
+TEST(SubmissionUrl, NoHostTextGivesAnEmptyHostAndALeadingSlashIsMalformed)
 {
     CSubmissionTarget target;
-    ASSERT_TRUE(SplitSubmissionUrl("http://post.example/protocol_1.1", target));
-    EXPECT_EQ(target.host, "");
-    EXPECT_EQ(target.port, 0);
-    EXPECT_EQ(target.path, "/protocol_1.1");
-
-    ASSERT_TRUE(SplitSubmissionUrl("http://127.0.0.1/p", target));
-    EXPECT_EQ(target.host, "") << "the host text is read as the port, the host stays empty";
-    EXPECT_EQ(target.port, 127);
-
     ASSERT_TRUE(SplitSubmissionUrl("post.example:80", target)) << "not reported as malformed";
     EXPECT_EQ(target.host, "");
-    EXPECT_EQ(target.port, 0);
 
     ASSERT_TRUE(SplitSubmissionUrl("http://h:81", target)) << "no path at all";
     EXPECT_EQ(target.host, "");
 
-    target = {"kept", 1, "/kept"};
+    target = {"kept", 1, "/kept", true};
     EXPECT_FALSE(SplitSubmissionUrl("/protocol_1.1", target));
     EXPECT_EQ(target.host, "kept");
+    EXPECT_TRUE(target.secure);
 }

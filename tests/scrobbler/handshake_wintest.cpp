@@ -82,22 +82,23 @@ TEST_F(HandshakeTest, DroppedConnectionOpensNoSessionAndKeepsTheQueue)
     EXPECT_TRUE(Outcomes().empty());
 }
 
-TEST_F(HandshakeTest, SubmissionUrlWithoutPortFailsEveryPostAtTheConnectStep)
+TEST_F(HandshakeTest, SubmissionUrlWithoutAHostFailsEveryPostAtTheConnectStepAndKeepsThePlays)
 {
-    Script(L"handshake=no-port");
+    Script(L"handshake=raw:UPTODATE%5Cnc%5Cnhttp:///protocol_1.1%5Cn");
     QueueThreePlays();
-    RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
+    // Plays the service never saw are kept, whatever ReattemptFailed says.
+    RunSubmissionPass(TesterSettings(false), EventShutdown(), Reporter());
     EXPECT_EQ(JournalCount("submit"), 0u);
+    EXPECT_TRUE(StatusLogHas(L"Failed to connect to : Invalid parameter."));
     const auto outcomes = Outcomes();
     ASSERT_EQ(outcomes.size(), 3u);
     for (const CReportedOutcome& outcome : outcomes)
     {
         EXPECT_FALSE(outcome.succeeded);
-        EXPECT_EQ(outcome.status.rfind(L"Failed to connect to ", 0), 0u)
-            << WideToUtf8(outcome.status);
+        EXPECT_EQ(outcome.status, L"Failed to connect to Invalid parameter.");
     }
-    EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two", L"Three"}))
-        << "kept for another attempt";
+    EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two", L"Three"}));
+    EXPECT_TRUE(FailedTexts().empty());
 }
 
 TEST_F(HandshakeTest, SubmissionUrlWithALeadingSlashIsMalformed)

@@ -36,14 +36,30 @@ TEST(SubmissionRequest, OnlyAFirstLineOkSucceedsAndRefusalsAreCollected)
     const CSubmissionVerdict late = JudgeSubmissionAnswer({"NOTICE", "OK"});
     EXPECT_FALSE(late.succeeded);
     EXPECT_TRUE(late.refusals.empty()) << "a failure without failed-log entries";
+    EXPECT_TRUE(late.judged) << "the service did answer in its own words";
 
-    const CSubmissionVerdict refused =
-        JudgeSubmissionAnswer({"FAILED Plugin bug", "x", "BADAUTH", "FAILED", "BADAUTH "});
+    const CSubmissionVerdict refused = JudgeSubmissionAnswer(
+        {"FAILED Plugin bug", "x", "BADAUTH", "FAILED", "BADAUTH ", "BADSESSION", "badsession"});
     EXPECT_FALSE(refused.succeeded);
-    EXPECT_EQ(refused.refusals, (std::vector<std::string>{"FAILED Plugin bug", "BADAUTH"}));
+    EXPECT_TRUE(refused.judged);
+    EXPECT_EQ(refused.refusals,
+              (std::vector<std::string>{"FAILED Plugin bug", "BADAUTH", "BADSESSION"}));
+}
 
-    EXPECT_FALSE(JudgeSubmissionAnswer({}).succeeded);
-    EXPECT_FALSE(JudgeSubmissionAnswer({"OK "}).succeeded);
+TEST(SubmissionRequest, AnswersWithoutAProtocolLineJudgeNothing)
+{
+    for (const std::vector<std::string>& lines : {std::vector<std::string>{},
+                                                  {"OK "},
+                                                  {"<html><body>502 Bad Gateway</body></html>"},
+                                                  {"FAILED"},
+                                                  {"BADAUTH "},
+                                                  {"Thanks", "ok"}})
+    {
+        const CSubmissionVerdict verdict = JudgeSubmissionAnswer(lines);
+        EXPECT_FALSE(verdict.succeeded);
+        EXPECT_FALSE(verdict.judged) << (lines.empty() ? "" : lines[0]);
+        EXPECT_TRUE(verdict.refusals.empty());
+    }
 }
 
 TEST(InternetErrorTexts, FixedTextsAndTheFallback)

@@ -86,6 +86,27 @@ TEST_F(SubmissionTest, BadauthDoesNotEndThePass)
         EXPECT_EQ(outcome.status, L"BADAUTH");
 }
 
+// A newer server answers a wrong password at the post, with BADSESSION: each
+// play is in the failed log, and dropped unless ReattemptFailed keeps it.
+TEST_F(SubmissionTest, BadsessionIsWrittenToTheFailedLogLikeBadauth)
+{
+    Script(L"submit=raw:BADSESSION%5Cn&submit=raw:BADSESSION%5Cn&submit=ok");
+    QueueThreePlays();
+    RunSubmissionPass(TesterSettings(false), EventShutdown(), Reporter());
+    const auto failed = FailedTexts();
+    ASSERT_EQ(failed.size(), 4u);
+    EXPECT_EQ(failed[3], L"BADSESSION");
+    EXPECT_NE(failed[2].find(L"&t[0]=One&"), std::wstring::npos) << WideToUtf8(failed[2]);
+    EXPECT_EQ(failed[1], L"BADSESSION");
+    EXPECT_NE(failed[0].find(L"&t[0]=Two&"), std::wstring::npos) << WideToUtf8(failed[0]);
+    const auto outcomes = Outcomes();
+    ASSERT_EQ(outcomes.size(), 3u);
+    EXPECT_EQ(outcomes[0].status, L"BADSESSION");
+    EXPECT_EQ(outcomes[1].status, L"BADSESSION");
+    EXPECT_TRUE(outcomes[2].succeeded);
+    EXPECT_TRUE(QueueFileNames().empty()) << "refused plays go without ReattemptFailed";
+}
+
 TEST_F(SubmissionTest, OnlyAnOkOnTheFirstLineIsSuccess)
 {
     Script(L"submit=ok-late&submit=raw:Thanks%5CnOK&submit=crlf");
@@ -101,9 +122,13 @@ TEST_F(SubmissionTest, OnlyAnOkOnTheFirstLineIsSuccess)
     EXPECT_EQ(QueueFileNames(), (std::vector<std::wstring>{L"One", L"Two"}));
 }
 
+// None of these answers is in the protocol's words: the service judged
+// nothing, so the play is kept even with ReattemptFailed off.
 TEST_F(SubmissionTest, HostileAnswersFailThePlayAndLoseNothing)
 {
-    for (const wchar_t* action : {L"drop", L"binary", L"huge"})
+    for (const wchar_t* action :
+         {L"drop", L"binary", L"huge", L"raw:",
+          L"raw:%3Chtml%3E%3Cbody%3E502%20Bad%20Gateway%3C/body%3E%3C/html%3E"})
     {
         SCOPED_TRACE(WideToUtf8(action));
         ASSERT_TRUE(ControlStandin(L"reset"));
@@ -116,12 +141,13 @@ TEST_F(SubmissionTest, HostileAnswersFailThePlayAndLoseNothing)
         Script(script);
         Enqueue(L"Artist", L"Album", L"Hostile", 200, true);
         ASSERT_TRUE(MoveIncomingToQueue());
-        RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
+        RunSubmissionPass(TesterSettings(false), EventShutdown(), Reporter());
         EXPECT_GE(JournalCount("submit"), 1u);
         EXPECT_EQ(QueueFileNames(), std::vector<std::wstring>{L"Hostile"});
     }
+    EXPECT_TRUE(FailedTexts().empty());
     const auto outcomes = Outcomes();
-    EXPECT_EQ(outcomes.size(), 3u);
+    EXPECT_EQ(outcomes.size(), 5u);
     for (const CReportedOutcome& outcome : outcomes)
         EXPECT_FALSE(outcome.succeeded) << WideToUtf8(outcome.status);
 }
@@ -130,7 +156,7 @@ TEST_F(SubmissionTest, UnreachableSubmissionHostFailsAtTheSendStep)
 {
     Script(L"handshake=raw:UPTODATE%5Cnc%5Cnhttp://127.0.0.1:1/protocol_1.1%5Cn");
     QueueThreePlays();
-    RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
+    RunSubmissionPass(TesterSettings(false), EventShutdown(), Reporter());
     EXPECT_TRUE(
         StatusLogHas(L"Failed to send the request: Cannot connect to the specified address/port."));
     for (const CReportedOutcome& outcome : Outcomes())
@@ -142,7 +168,7 @@ TEST_F(SubmissionTest, PostThatIsNeverAnsweredFailsAfterTheWaitAndThePassGoesOn)
 {
     Script(L"submit=hang");
     QueueThreePlays();
-    CSubmissionSettings settings = TesterSettings(true);
+    CSubmissionSettings settings = TesterSettings(false);
     settings.connectTimeoutMs = 700;
     RunSubmissionPass(settings, EventShutdown(), Reporter());
     EXPECT_TRUE(StatusLogHas(L"Failed to send the request: Timeout."));
@@ -201,7 +227,7 @@ TEST_F(SubmissionTest, SettingsMadeFromTheSettingsFileOpenASession)
 TEST_F(SubmissionTest, LevelZeroKeepsOutcomesAndDropsDetails)
 {
     SetStatusLogLevel(0);
-    Script(L"handshake=no-port");
+    Script(L"handshake=raw:UPTODATE%5Cnc%5Cnhttp://127.0.0.1:1/protocol_1.1%5Cn");
     Enqueue(L"Artist", L"Album", L"One", 201, true);
     ASSERT_TRUE(MoveIncomingToQueue());
     RunSubmissionPass(TesterSettings(true), EventShutdown(), Reporter());
@@ -215,7 +241,7 @@ TEST_F(SubmissionTest, LevelZeroKeepsOutcomesAndDropsDetails)
     };
     EXPECT_TRUE(has(std::wregex(
         LR"(Built post reply: 'u=tester&s=[0-9a-f]{32}&a\[0\]=Artist&t\[0\]=One&b\[0\]=Album&m\[0\]=&l\[0\]=201&i\[0\]=\d{4}-\d\d-\d\d%20\d\d:\d\d:\d\d&')")));
-    // The submission URL has no port, so it has no host either.
-    EXPECT_TRUE(has(std::wregex(LR"(Failed to connect to : .*)")));
+    // Nothing listens on the submission URL's port.
+    EXPECT_TRUE(has(std::wregex(LR"(Failed to send the request: .*)")));
     EXPECT_TRUE(has(std::wregex(LR"(Saving queue to .*Queue\.xml \.\.\. 1 entries)")));
 }

@@ -40,6 +40,16 @@ TEST(TextEncoding, Latin1AndMalformedUtf8ReadByteForByte)
     EXPECT_EQ(Utf8ToWide("a\xF5\x80z"), L"a\xF5\x80z");
 }
 
+TEST(TextEncoding, WellFormedUtf8IsToldFromOtherBytes)
+{
+    EXPECT_TRUE(IsWellFormedUtf8(""));
+    EXPECT_TRUE(IsWellFormedUtf8("plain"));
+    EXPECT_TRUE(IsWellFormedUtf8(WideToUtf8(L"Bj\xF6rk \x041A\x0438\x043D\x043E" + MusicalNote())));
+    for (const char* bad :
+         {"Bj\xF6rk", "\xE2\x82", "\xC0\xAF", "\xED\xA0\x80", "a\xF5\x80z", "\xF0\x9F\x8E", "\x80"})
+        EXPECT_FALSE(IsWellFormedUtf8(bad)) << bad;
+}
+
 TEST(TextEncoding, LoneSurrogatesBecomeReplacementCharacters)
 {
     std::wstring lone(1, static_cast<wchar_t>(0xD800));
