@@ -145,6 +145,24 @@ TEST_F(BuddyFetch, PublishesEveryFriendWithTheRawFeeds)
     EXPECT_EQ(ProgressText(progress), L"Processing erin ...");
 }
 
+// A feed of well-formed UTF-8 is read as UTF-8, even where a character
+// spans two of the 32,767-byte pieces it is read in; any other feed is text
+// in the ANSI code page, as before.
+TEST_F(BuddyFetch, FeedsAreReadAsUtf8WholeAndOtherTextInTheAnsiCodePage)
+{
+    // alice's feed: 32,766 letters, then "é" in UTF-8 across the boundary;
+    // bob's: "café" in code page 1252.
+    Script(L"feed=ok&feed=raw:" + std::wstring(32766, L'a') + L"%5Cxc3%5Cxa9&feed=raw:caf%5Cxe9");
+    CDlgStatus progress;
+    ASSERT_TRUE(progress.Create(nullptr));
+    FetchAll(progress);
+    const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
+    ASSERT_EQ(NamesOf(list), kTesterFriends);
+    EXPECT_EQ(list->buddies[0]->rawRecentTracks, std::wstring(32766, L'a') + L"\u00e9");
+    ASSERT_EQ(GetACP(), 1252u);
+    EXPECT_EQ(list->buddies[1]->rawRecentTracks, L"caf\u00e9");
+}
+
 TEST_F(BuddyFetch, NothingFetchedLeavesTheEarlierList)
 {
     const CountedHandle<CBuddyInfo> earlier = PublishEarlierList();
@@ -205,8 +223,10 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     // The buddy thread reaches the player from its own apartment, through
     // this thread's message loop.
     ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-    CSharedPlayer player(CPlayerModel({SongFile(7, L"Plain.mp3", L"Plain Artist", L"Plain Song")},
-                                      {0}, [](double, const std::wstring&) {}));
+    CSharedPlayer player(
+        CPlayerModel({SongFile(7, L"Plain.mp3", L"Plain Artist", L"Plain Song"),
+                      SongFile(8, L"Bj\u00f6rk - J\u00f3ga.mp3", L"Bj\u00f6rk", L"J\u00f3ga")},
+                     {0}, [](double, const std::wstring&) {}));
     CRefLedger ledger;
     CAutomationContext context{player, ledger, false};
     auto automation = CComPtr<IDispatch>::Adopt(CreateAutomation(context));
@@ -227,8 +247,11 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     EXPECT_EQ(JournalCount("feed"), 0u);
     EXPECT_TRUE(TakeCapturedMessages().empty());
 
-    // The buddy thread: erin's first track is in the library; a double click
+    // The buddy thread: alice, shown first, has non-Latin names in her UTF-8
+    // feed, which read right on a Western system and find her first track in
+    // the library; erin's first track is in the library too; a double click
     // on it plays it in the player; the close box ends the thread.
+    EXPECT_EQ(GetACP(), 1252u) << "the feeds are read where ANSI text is Western European";
     StartBuddyThread();
     HWND dialog = nullptr;
     PumpUntil(
@@ -251,6 +274,24 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
         },
         kThreadStepMs))
         << "the first buddy is shown once the dialog shows";
+    ASSERT_NE(tracks, nullptr);
+    const auto cellText = [tracks](int row, int column) {
+        wchar_t text[64] = {};
+        ListView_GetItemText(tracks, row, column, text, 64);
+        return std::wstring(text);
+    };
+    const auto rowImage = [tracks](int row) {
+        LVITEMW item{};
+        item.mask = LVIF_IMAGE;
+        item.iItem = row;
+        ListView_GetItem(tracks, &item);
+        return item.iImage;
+    };
+    EXPECT_EQ(cellText(0, 0), L"Bj\u00f6rk");
+    EXPECT_EQ(cellText(0, 1), L"J\u00f3ga");
+    EXPECT_EQ(cellText(2, 0), L"\u041a\u0438\u043d\u043e");
+    EXPECT_EQ(rowImage(0), 0) << "the library icon: the match found the file";
+    EXPECT_NE(rowImage(2), 0) << "not in the library";
     HWND names = GetDlgItem(dialog, IDC_BUDDY_NAMES);
     EXPECT_EQ(SendMessageW(names, LB_GETCURSEL, 0, 0), 0);
     // The user picks erin. Posted: the buddy thread calls the player while
@@ -258,18 +299,10 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     SendMessageW(names, LB_SETCURSEL, 4, 0);
     PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_BUDDY_NAMES, LBN_SELCHANGE),
                  reinterpret_cast<LPARAM>(names));
-    EXPECT_TRUE(PumpUntil(
-        [tracks] {
-            wchar_t artist[64] = {};
-            ListView_GetItemText(tracks, 0, 0, artist, 64);
-            return std::wstring(artist) == L"Plain Artist";
-        },
-        kThreadStepMs));
+    EXPECT_TRUE(
+        PumpUntil([&cellText] { return cellText(0, 0) == L"Plain Artist"; }, kThreadStepMs));
     ASSERT_EQ(ListView_GetItemCount(tracks), 2);
-    LVITEMW item{};
-    item.mask = LVIF_IMAGE;
-    ListView_GetItem(tracks, &item);
-    EXPECT_EQ(item.iImage, 0) << "the library icon";
+    EXPECT_EQ(rowImage(0), 0) << "the library icon";
     RECT row{};
     ListView_GetItemRect(tracks, 0, &row, LVIR_LABEL);
     const LPARAM point = MAKELPARAM(row.left + 4, (row.top + row.bottom) / 2);
