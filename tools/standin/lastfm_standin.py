@@ -5,7 +5,31 @@ It answers the protocol 1.1 handshake and the submissions, serves the two
 web-service feeds from a folder of fixture documents, and misbehaves on
 request, so that tests and demos never reach the internet. It listens on
 127.0.0.1 only, prints the port it bound as its first line of output and
-stops by itself after its lifetime.
+stops by itself after its lifetime. A port it cannot bind (80 without the
+right to, or one in use) ends it at once with exit code 3 and one line on
+stderr, "lastfm_standin: cannot listen on 127.0.0.1:PORT: REASON"; a
+certificate it cannot load, with exit code 2 and one line.
+
+With --tls-cert and --tls-key it speaks HTTPS only (TLS 1.2 and later), and
+the submission URLs it hands out begin with https://. The TLS handshake runs
+in the thread of each connection, so a client that never speaks blocks
+nothing; a client that refuses the certificate is simply let go.
+
+Submissions are taken at "/protocol_1.1" and at "/submissions/1.2/"; runs of
+slashes count as one, so "//submissions/1.2/" is taken too. The journal keeps
+the path as it came.
+
+By default the handshake answers "UPTODATE", a random challenge and
+http://127.0.0.1:PORT/protocol_1.1, and a wrong session is "BADAUTH".
+With --real-server it answers the way a real protocol 1.1 server does as
+deployed: the challenge is its clock in whole seconds, the submission URL is
+its base URL (which ends in a slash) followed by "/submissions/1.2/", so
+"http://127.0.0.1:PORT//submissions/1.2/", without the port when it is the
+scheme's own (80, 443 over TLS), and "INTERVAL 1" follows. It then answers a
+wrong session with "BADSESSION", reads the time of a play as UTC, refuses
+a time more than 5 minutes ahead ("FAILED Submitted track has timestamp in
+the future") and answers "OK" to a play it already has (same user, artist,
+title and time) without recording it again.
 
 This is an implementation of its own, written from the protocol; it shares
 nothing with the plug-in, so that one mistake cannot hide on both sides.
@@ -13,8 +37,8 @@ nothing with the plug-in, so that one mistake cannot hide on both sides.
 Scripted answers are consumed one per request, in order, separately for
 handshakes, for submissions and for feed requests; when a list runs dry the
 service behaves. A feed request takes the actions common to every route
-(delay, hang, stall, drop, huge, binary, raw, failed, badauth, baduser); any
-other word gives the normal answer.
+(delay, hang, stall, drop, huge, binary, raw, html, failed, badauth, baduser,
+badsession); any other word gives the normal answer.
 An action is a word, some with an argument after a colon:
 
   ok             the normal answer
@@ -22,8 +46,14 @@ An action is a word, some with an argument after a colon:
   failed:REASON  "FAILED REASON"
   badauth        "BADAUTH"
   baduser        "BADUSER"
+  badsession     "BADSESSION"
+  html           an HTTP 500 whose body is a small HTML error page
   two-lines      handshake: "UPTODATE" and the challenge only
-  no-port        handshake: a submission URL without a port
+  no-port        handshake: a submission URL without a port (its scheme's)
+  double-slash   handshake: the real server's submission URL,
+                 scheme://127.0.0.1[:PORT]//submissions/1.2/
+  refused        handshake: a submission URL on a port of 127.0.0.1 that
+                 refuses connections (held bound, never listening)
   leading-slash  handshake: a submission URL that begins with "/"
   crlf           the normal answer with CR LF and blank lines between lines
   interval:N     the normal answer followed by "INTERVAL N"
@@ -60,20 +90,36 @@ A file that is not there answers 404. The fixtures in feeds/ (UTF-8):
 """
 
 import argparse
+import calendar
 import hashlib
 import json
 import os
+import re
 import secrets
+import socket
+import ssl
 import sys
 import threading
+import time
 import urllib.parse
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
+from typing import NamedTuple
 
 SUBMISSION_PATH = "/protocol_1.1"
+SUBMISSION_PATH_1_2 = "/submissions/1.2/"
+SUBMISSION_ROUTES = (SUBMISSION_PATH, SUBMISSION_PATH_1_2)
+DEFAULT_PORTS = {"http": 80, "https": 443}
+FUTURE_SLACK_SECONDS = 5 * 60
+TLS_HANDSHAKE_SECONDS = 30
+HTML_ERROR_PAGE = (b"<!DOCTYPE html>\n<html><head><title>500 Internal Server Error</title></head>\n"
+                   b"<body><h1>Internal Server Error</h1><p>The server could not complete"
+                   b" your request.</p></body></html>\n")
 HUGE_BODY_BYTES = 1_000_000
 FEED_ROUTES = ("friends.xml", "recenttracks.xml")
 DEFAULT_FEEDS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "feeds")
 SCRIPTED_KINDS = ("handshake", "submit", "feed")
+EXIT_BAD_CERTIFICATE = 2
+EXIT_CANNOT_LISTEN = 3
 
 
 def md5_hex(data):
@@ -87,6 +133,7 @@ class ServiceState:
         self.lock = threading.Lock()
         self.users = dict(users)
         self.sessions = {}  # user name -> the challenge of its latest handshake
+        self.plays = set()  # (user, artist, track, time) of every recorded play
         self.scripts = {kind: [] for kind in SCRIPTED_KINDS}
         self.requests = []
         self.record_path = record_path
@@ -104,6 +151,7 @@ class ServiceState:
     def reset(self):
         with self.lock:
             self.sessions.clear()
+            self.plays.clear()
             self.scripts = {kind: [] for kind in SCRIPTED_KINDS}
             self.requests.clear()
             self._truncate_files()
@@ -125,9 +173,15 @@ class ServiceState:
                 with open(self.journal_path, "a", encoding="utf-8") as journal:
                     journal.write(line + "\n")
 
-    def record_play(self, play):
+    def record_play(self, play, once=False):
+        """Records a play; with once, a play it has already (same user, artist,
+        title and time) is left out."""
+        key = (play["user"], play["artist"], play["track"], play["time"])
         line = json.dumps(play, ensure_ascii=False, separators=(",", ":"))
         with self.lock:
+            if once and key in self.plays:
+                return
+            self.plays.add(key)
             if self.record_path:
                 with open(self.record_path, "a", encoding="utf-8") as record:
                     record.write(line + "\n")
@@ -136,6 +190,38 @@ class ServiceState:
 def split_action(action):
     word, _, argument = action.partition(":")
     return word, argument
+
+
+class Target(NamedTuple):
+    path: str
+    query: str
+
+
+def split_target(target):
+    """The path and the query of a request target.
+
+    urllib.parse.urlsplit would read "//submissions/1.2/" as the host
+    "submissions", so the target is split here. An absolute target, as a
+    client sends it to a proxy, loses its scheme and host."""
+    for scheme in ("http://", "https://"):
+        if target.startswith(scheme):
+            slash = target.find("/", len(scheme))
+            target = target[slash:] if slash >= 0 else "/"
+    path, _, query = target.partition("#")[0].partition("?")
+    return Target(path, query)
+
+
+def route_of(path):
+    """The path as the routes know it: a run of slashes counts as one."""
+    return re.sub("/{2,}", "/", path)
+
+
+def utc_seconds(text):
+    """A play's time "YYYY-MM-DD hh:mm:ss", read as UTC; None when it is not one."""
+    try:
+        return calendar.timegm(time.strptime(text, "%Y-%m-%d %H:%M:%S"))
+    except ValueError:
+        return None
 
 
 def decode_escapes(text):
@@ -157,8 +243,14 @@ class Handler(BaseHTTPRequestHandler):
 
     # Routing
 
+    def request_target(self):
+        # http.server folds a leading "//" of self.path into "/"; the journal
+        # keeps the target as it came, from the request line.
+        words = self.requestline.split()
+        return split_target(words[1] if len(words) >= 2 else self.path)
+
     def do_GET(self):
-        url = urllib.parse.urlsplit(self.path)
+        url = self.request_target()
         if url.path.startswith("/control/"):
             self.control(url)
         elif url.path.startswith("/1.0/user/") and url.path.endswith(FEED_ROUTES):
@@ -170,10 +262,10 @@ class Handler(BaseHTTPRequestHandler):
             self.answer(b"Not found\n", status=404)
 
     def do_POST(self):
-        url = urllib.parse.urlsplit(self.path)
+        url = self.request_target()
         length = int(self.headers.get("Content-Length") or 0)
         body = self.rfile.read(length) if length > 0 else b""
-        if url.path == SUBMISSION_PATH:
+        if route_of(url.path) in SUBMISSION_ROUTES:
             self.submission(url, body)
         else:
             self.note("other", url, body, "404")
@@ -181,9 +273,9 @@ class Handler(BaseHTTPRequestHandler):
 
     # Answers
 
-    def answer(self, body, status=200):
+    def answer(self, body, status=200, content_type="text/plain; charset=utf-8"):
         self.send_response(status)
-        self.send_header("Content-Type", "text/plain; charset=utf-8")
+        self.send_header("Content-Type", content_type)
         self.send_header("Content-Length", str(len(body)))
         # Each handshake must bring a fresh challenge, never a cached one.
         self.send_header("Cache-Control", "no-cache, no-store")
@@ -224,9 +316,13 @@ class Handler(BaseHTTPRequestHandler):
         if word == "raw":
             self.answer(decode_escapes(argument))
             return True
-        if word in ("failed", "badauth", "baduser"):
-            line = {"failed": "FAILED " + argument, "badauth": "BADAUTH", "baduser": "BADUSER"}
-            self.answer((line[word] + "\n").encode("utf-8"))
+        if word == "html":
+            self.answer(HTML_ERROR_PAGE, status=500, content_type="text/html; charset=utf-8")
+            return True
+        lines = {"failed": "FAILED " + argument, "badauth": "BADAUTH", "baduser": "BADUSER",
+                 "badsession": "BADSESSION"}
+        if word in lines:
+            self.answer((lines[word] + "\n").encode("utf-8"))
             return True
         return False
 
@@ -252,29 +348,45 @@ class Handler(BaseHTTPRequestHandler):
         if query.get("p") != ["1.1"]:
             self.answer(b"FAILED Unsupported protocol version\n")
             return
+        real = self.server.real_server
         with self.state.lock:
             known = user in self.state.users
-            challenge = secrets.token_hex(16)
+            challenge = str(int(time.time())) if real else secrets.token_hex(16)
             if known:
                 self.state.sessions[user] = challenge
         if not known:
             self.answer(b"BADUSER\n")
             return
-        host, port = self.server.server_address[:2]
-        submission_url = "http://%s:%d%s" % (host, port, SUBMISSION_PATH)
-        if word == "no-port":
-            submission_url = "http://%s%s" % (host, SUBMISSION_PATH)
-        elif word == "leading-slash":
-            submission_url = SUBMISSION_PATH
-        lines = ["UPTODATE", challenge, submission_url]
+        lines = ["UPTODATE", challenge, self.submission_url(word)]
         if word == "update":
             lines[0] = "UPDATE " + (argument or "http://127.0.0.1/new-version")
-        elif word == "two-lines":
-            lines = lines[:2]
-        elif word == "interval":
+        if word == "interval":
             lines.append("INTERVAL " + argument)
+        elif real:
+            lines.append("INTERVAL 1")
+        if word == "two-lines":
+            lines = lines[:2]
         separator = "\r\n\r\n" if word == "crlf" else "\n"
         self.answer((separator.join(lines) + "\n").encode("utf-8"))
+
+    def submission_url(self, word):
+        scheme = self.server.scheme
+        host, port = self.server.server_address[:2]
+        site = "%s://%s" % (scheme, host)
+        # A real server's base URL ends in "/", and it appends "/submissions/1.2/";
+        # it leaves out the port when that is the scheme's own.
+        shown = site if port == DEFAULT_PORTS[scheme] else "%s:%d" % (site, port)
+        measured = shown + "/" + SUBMISSION_PATH_1_2
+        path = "/" + SUBMISSION_PATH_1_2 if self.server.real_server else SUBMISSION_PATH
+        if word == "double-slash":
+            return measured
+        if word == "no-port":
+            return site + path
+        if word == "refused":
+            return "%s:%d%s" % (site, self.server.refusing_port, path)
+        if word == "leading-slash":
+            return SUBMISSION_PATH
+        return measured if self.server.real_server else "%s:%d%s" % (site, port, SUBMISSION_PATH)
 
     # The submission
 
@@ -292,12 +404,17 @@ class Handler(BaseHTTPRequestHandler):
         with self.state.lock:
             password = self.state.users.get(user)
             challenge = self.state.sessions.get(user)
-        if password is None or challenge is None:
+        real = self.server.real_server
+        if password is None:
             self.answer(b"BADAUTH\n")
             return
-        expected = md5_hex((md5_hex(password.encode("utf-8")) + challenge).encode("utf-8"))
-        if field("s") != expected:
-            self.answer(b"BADAUTH\n")
+        if challenge is None or field("s") != md5_hex(
+                (md5_hex(password.encode("utf-8")) + challenge).encode("utf-8")):
+            self.answer(b"BADSESSION\n" if real else b"BADAUTH\n")
+            return
+        when = utc_seconds(field("i[0]"))
+        if real and when is not None and when > time.time() + FUTURE_SLACK_SECONDS:
+            self.answer(b"FAILED Submitted track has timestamp in the future\n")
             return
         self.state.record_play({
             "user": user,
@@ -307,7 +424,7 @@ class Handler(BaseHTTPRequestHandler):
             "mbid": field("m[0]"),
             "length": field("l[0]"),
             "time": field("i[0]"),
-        })
+        }, once=real)
         if word == "interval":
             self.answer(("OK\nINTERVAL %s\n" % argument).encode("utf-8"))
         elif word == "ok-late":
@@ -365,10 +482,45 @@ class StandInServer(ThreadingHTTPServer):
     daemon_threads = True
     allow_reuse_address = True
 
-    def __init__(self, port, state, verbose=False):
+    def __init__(self, port, state, verbose=False, tls=None, real_server=False):
         self.state = state
         self.verbose = verbose
-        super().__init__(("127.0.0.1", port), Handler)
+        self.tls = tls
+        self.scheme = "https" if tls else "http"
+        self.real_server = real_server
+        # Bound and never listening: a connection to this port is refused, and
+        # no other program can take the port while the service runs.
+        self.refusing_socket = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
+        self.refusing_socket.bind(("127.0.0.1", 0))
+        self.refusing_port = self.refusing_socket.getsockname()[1]
+        try:
+            super().__init__(("127.0.0.1", port), Handler)
+        except BaseException:
+            self.refusing_socket.close()
+            raise
+
+    def finish_request(self, request, client_address):
+        # Runs in the connection's own thread: a TLS handshake that never
+        # comes holds up this connection only, and for a bounded time.
+        if self.tls is None:
+            super().finish_request(request, client_address)
+            return
+        request.settimeout(TLS_HANDSHAKE_SECONDS)
+        try:
+            secure = self.tls.wrap_socket(request, server_side=True)
+        except (ssl.SSLError, OSError) as error:
+            if self.verbose:
+                sys.stderr.write("standin: TLS handshake failed: %s\n" % error)
+            return
+        try:
+            secure.settimeout(None)
+            super().finish_request(secure, client_address)
+        finally:
+            self.shutdown_request(secure)
+
+    def server_close(self):
+        super().server_close()
+        self.refusing_socket.close()
 
     def handle_error(self, request, client_address):
         # A client that goes away in the middle is part of the tests.
@@ -402,16 +554,45 @@ def parse_arguments(argv):
     parser.add_argument("--feed", action="append", default=[], metavar="ACTION",
                         help="scripted feed answer (repeatable, used in order)")
     parser.add_argument("--port-file", help="also write the bound port into this file")
+    parser.add_argument("--real-server", action="store_true",
+                        help="answer as a real protocol 1.1 server does (see the top of the script)")
+    parser.add_argument("--tls-cert", metavar="FILE", help="serve HTTPS with this PEM certificate")
+    parser.add_argument("--tls-key", metavar="FILE", help="the PEM private key of --tls-cert")
     parser.add_argument("--verbose", action="store_true", help="log every request on stderr")
-    return parser.parse_args(argv)
+    arguments = parser.parse_args(argv)
+    if bool(arguments.tls_cert) != bool(arguments.tls_key):
+        parser.error("--tls-cert and --tls-key go together")
+    return arguments
+
+
+def tls_context(certificate, key):
+    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+    context.load_cert_chain(certificate, key)
+    return context
+
+
+def fail(message, status):
+    sys.stderr.write("lastfm_standin: %s\n" % message)
+    return status
 
 
 def serve(arguments):
+    tls = None
+    if arguments.tls_cert:
+        try:
+            tls = tls_context(arguments.tls_cert, arguments.tls_key)
+        except (OSError, ssl.SSLError) as error:
+            return fail("cannot load the TLS certificate %s and key %s: %s"
+                        % (arguments.tls_cert, arguments.tls_key, error), EXIT_BAD_CERTIFICATE)
     state = ServiceState(arguments.user, arguments.record, arguments.journal, arguments.feeds)
     state.add_actions("handshake", arguments.handshake)
     state.add_actions("submit", arguments.submit)
     state.add_actions("feed", arguments.feed)
-    server = StandInServer(arguments.port, state, arguments.verbose)
+    try:
+        server = StandInServer(arguments.port, state, arguments.verbose, tls, arguments.real_server)
+    except OSError as error:
+        return fail("cannot listen on 127.0.0.1:%d: %s" % (arguments.port, error.strerror or error),
+                    EXIT_CANNOT_LISTEN)
     port = server.server_address[1]
     print(port, flush=True)
     if arguments.port_file:
