@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by the tests that run the stand-in service over TLS or on a fixed
 # port: the test authority's certificates, trust in a Wine prefix of the
 # test's own, and stand-ins started in the background. Only ever trust the
@@ -47,7 +48,8 @@ standin_start() { # PYTHON3 STANDIN FOLDER [STANDIN_OPTIONS...]
   shift 3
   mkdir -p "$folder" || return 1
   rm -f "$folder/port"
-  standin_pid= standin_port=
+  # shellcheck disable=SC2034 # the caller's to read
+  standin_pid='' standin_port=''
   "$python" "$standin" --port-file "$folder/port" "$@" >/dev/null 2>"$folder/standin.log" &
   local pid=$!
   for _ in $(seq 100); do
@@ -66,7 +68,9 @@ standin_start() { # PYTHON3 STANDIN FOLDER [STANDIN_OPTIONS...]
     wait "$pid" 2>/dev/null
     return 1
   fi
+  # shellcheck disable=SC2034
   standin_pid=$pid
+  # shellcheck disable=SC2034
   standin_port=$(head -n 1 "$folder/port")
 }
 
