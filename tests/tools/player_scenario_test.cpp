@@ -44,6 +44,7 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
         "await WM_USER+2 3 60000\n"
         "await query 1 5\n"
         "polls 2 100\n"
+        "await file \"%APPDATA%\\x y\\Log.txt\" \"Got error 1\u00e9\" 700\n"
         "end\n"
         "play 0\n";
     CScenario scenario;
@@ -66,7 +67,7 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
     EXPECT_EQ(FillTemplate(second, L"[NAME]"), L"Caf\u00E9");
     EXPECT_EQ(scenario.playlist, (std::vector<std::size_t>{0, 1, 0}));
 
-    ASSERT_EQ(scenario.steps.size(), 16u);
+    ASSERT_EQ(scenario.steps.size(), 17u);
     const auto& steps = scenario.steps;
     EXPECT_EQ(steps[0].kind, EStep::Speed);
     EXPECT_DOUBLE_EQ(steps[0].speed, 2.5);
@@ -103,8 +104,13 @@ TEST(PlayerScenario, ReadsLibraryPlaylistAndEverySortOfStep)
     EXPECT_EQ(steps[13].kind, EStep::Polls);
     EXPECT_EQ(steps[13].times, 2u);
     EXPECT_EQ(steps[13].milliseconds, 100u);
-    EXPECT_EQ(steps[14].kind, EStep::End);
-    EXPECT_EQ(steps[15].kind, EStep::Play);
+    EXPECT_EQ(steps[14].kind, EStep::AwaitFile);
+    EXPECT_EQ(steps[14].path, L"%APPDATA%\\x y\\Log.txt");
+    EXPECT_EQ(steps[14].needle, "Got error 1\xC3\xA9") << "the text as UTF-8";
+    EXPECT_EQ(steps[14].milliseconds, 700u);
+    EXPECT_EQ(steps[14].times, 1u) << "the file holds the text once";
+    EXPECT_EQ(steps[15].kind, EStep::End);
+    EXPECT_EQ(steps[16].kind, EStep::Play);
 }
 
 TEST(PlayerScenario, FaultsNameTheirLine)
@@ -133,6 +139,8 @@ TEST(PlayerScenario, FaultsNameTheirLine)
         {"wait 1.5\n", L"line 1: milliseconds must be a whole number from 0 to 600000: 1.5"},
         {"await WM_USER+2 0 100\n", L"line 1: count must be a whole number from 1 to 1000000: 0"},
         {"await WM_USER+2 1\n", L"line 1: await takes 3 arguments"},
+        {"await file a.txt 100\n", L"line 1: await takes 4 arguments"},
+        {"await file \"\" x 100\n", L"line 1: await file needs a path and a text"},
         {"send WM_USER+x\n", L"line 1: message offset must be a whole number from 0 to 16383: x"},
         {"post WM_PAINT\n", L"line 1: message must be a whole number from 1 to 65535: WM_PAINT"},
     };

@@ -257,6 +257,18 @@ private:
             step.milliseconds = static_cast<unsigned>(
                 ParseInteger(words[1], 0, kMaxWaitMilliseconds, L"milliseconds"));
         }
+        else if (keyword == L"await" && words.size() > 1 && words[1] == L"file")
+        {
+            count(4, 4);
+            step.kind = EStep::AwaitFile;
+            step.times = 1;
+            step.path = words[2];
+            step.needle = WideToUtf8(words[3]);
+            if (step.path.empty() || step.needle.empty())
+                throw CLineError(L"await file needs a path and a text");
+            step.milliseconds = static_cast<unsigned>(
+                ParseInteger(words[4], 0, kMaxWaitMilliseconds, L"milliseconds"));
+        }
         else if (keyword == L"await")
         {
             count(3, 3);

@@ -14,18 +14,19 @@ namespace cvas::player
 
 enum class EStep
 {
-    Play,   // index, seconds
-    Pause,  // seconds
-    Resume, // seconds
-    Seek,   // seconds: the new position
-    Speed,  // speed
-    Stop,   // seconds
-    Run,    // seconds
-    Wait,   // milliseconds of real time
-    Await,  // message (0: library queries), times, milliseconds
-    Polls,  // times, milliseconds: until the control's timers ran that many more times
-    Send,   // message, wParam, lParam: sent, handled before the step ends
-    Post,   // message, wParam, lParam: posted
+    Play,      // index, seconds
+    Pause,     // seconds
+    Resume,    // seconds
+    Seek,      // seconds: the new position
+    Speed,     // speed
+    Stop,      // seconds
+    Run,       // seconds
+    Wait,      // milliseconds of real time
+    Await,     // message (0: library queries), times, milliseconds
+    Polls,     // times, milliseconds: until the control's timers ran that many more times
+    AwaitFile, // path, text, milliseconds: until the file holds the text
+    Send,      // message, wParam, lParam: sent, handled before the step ends
+    Post,      // message, wParam, lParam: posted
     End,
 };
 
@@ -42,6 +43,8 @@ struct CStep
     unsigned times = 0;
     long long wParam = 0;
     long long lParam = 0;
+    std::wstring path;  // AwaitFile: environment variables written %NAME%
+    std::string needle; // AwaitFile: the text as UTF-8
 };
 
 struct CScenario

@@ -31,6 +31,30 @@ const wchar_t* StateName(int state)
     return state == kPlaying ? L"Playing" : state == kPaused ? L"Paused" : L"Stopped";
 }
 
+// Whether the file at path (environment variables expanded) holds needle.
+// The file may be rewritten meanwhile: a look that misses is repeated.
+bool FileHolds(const std::wstring& path, const std::string& needle)
+{
+    wchar_t expanded[MAX_PATH * 4];
+    const DWORD length = ExpandEnvironmentStringsW(path.c_str(), expanded, MAX_PATH * 4);
+    if (length == 0 || length > MAX_PATH * 4)
+        return false;
+    const HANDLE file =
+        CreateFileW(expanded, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    std::string content;
+    char chunk[65536];
+    DWORD read = 0;
+    // A log is capped at a few hundred kilobytes; 64 MB bounds the loop.
+    while (content.size() < (64u << 20) && ReadFile(file, chunk, sizeof chunk, &read, nullptr) &&
+           read > 0)
+        content.append(chunk, read);
+    CloseHandle(file);
+    return content.find(needle) != std::string::npos;
+}
+
 } // namespace
 
 CScenarioRunner::CScenarioRunner(CSharedPlayer& player, CMainWindow& window,
@@ -82,6 +106,7 @@ ERunOutcome CScenarioRunner::RunStep(const CStep& step)
         return Pump(step.milliseconds);
     case EStep::Await:
     case EStep::Polls:
+    case EStep::AwaitFile:
         return Await(step);
     case EStep::Send:
     case EStep::Post: {
@@ -116,6 +141,8 @@ ERunOutcome CScenarioRunner::Await(const CStep& step)
     // Polls count from this step on; messages and queries from Init on.
     const std::size_t pollsBefore = PostedToControlCount(WM_TIMER);
     const auto count = [&]() -> std::size_t {
+        if (step.kind == EStep::AwaitFile)
+            return FileHolds(step.path, step.needle) ? 1 : 0;
         if (step.kind == EStep::Polls)
             return PostedToControlCount(WM_TIMER) - pollsBefore;
         if (step.message != 0)
