@@ -4,7 +4,7 @@
 set -eu
 
 packages=(
-  cmake make g++ python3
+  cmake make g++ python3 openssl
   g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools
   wine wine64 libwine-dev xvfb xauth
   # The fonts Wine draws the dialogs with here: the layout checks measure
