@@ -81,6 +81,18 @@ void StatusLog(unsigned level, const wchar_t* format, ...)
         InfoMessage(L"%ls", text.c_str());
 }
 
+void StatusLogIfOpen(unsigned level, const wchar_t* format, ...)
+{
+    const CountedHandle<CLogFile> log = StatusLogFile();
+    if (!log || level > g_statusLogLevel)
+        return;
+    va_list args;
+    va_start(args, format);
+    const std::wstring text = FormatWideV(kLogMessageChars, format, args);
+    va_end(args);
+    log->WriteCounted(g_statusLineCounter, text);
+}
+
 void FailedLog(unsigned number, const wchar_t* format, ...)
 {
     va_list args;

@@ -30,6 +30,9 @@ void CloseLogs();
 // its level is not above the status log level. Formats printf-style into
 // 16,384 characters; use %ls for wide strings.
 void StatusLog(unsigned level, const wchar_t* format, ...);
+// As StatusLog, but a message with no status log to go to is dropped rather
+// than shown in a box: for lines written where no box may appear.
+void StatusLogIfOpen(unsigned level, const wchar_t* format, ...);
 // number 1 for the server's answer, 2 for the request that was refused.
 void FailedLog(unsigned number, const wchar_t* format, ...);
 
