@@ -6,6 +6,7 @@
 #include "host/qualify_and_queue.h"
 #include "plugin/module_state.h"
 #include "plugin/window_messages.h"
+#include "support/callback_boundary.h"
 #include "support/message_box.h"
 
 #include <string>
@@ -102,10 +103,11 @@ void CALLBACK PollProcedure(HWND window, UINT, UINT_PTR, DWORD)
     KillTimer(window, kPollTimerId);
     if (IsTerminating())
         return;
-    // A CFatalError from here is not caught: the plug-in has lost the player,
-    // and the timer is not set again.
-    PollPlayer();
-    StartPollTimer(window);
+    // After a CFatalError the plug-in has lost the player, and the timer
+    // stays off. Anything else ends this poll only, as a failed call to the
+    // player does.
+    if (GuardTimerProcedure(L"poll", &PollPlayer) != GuardedEnd::FatalError)
+        StartPollTimer(window);
 }
 
 void ResetPlayTracking()

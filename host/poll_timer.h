@@ -15,8 +15,8 @@ bool StartPollTimer(HWND window);
 // The timer's procedure. It stops the timer, does nothing more once the
 // plug-in is terminating, and otherwise polls the player and sets the timer
 // again. A failure to reach the player's playback object, playlist or files
-// raises CFatalError after its message box, and the timer then stays off.
-// Any other failure of the player ends that poll only.
+// shows its message box (FatalMessage), and the timer then stays off. Any
+// other failure ends that poll only. Nothing is ever thrown out of it.
 void CALLBACK PollProcedure(HWND window, UINT message, UINT_PTR timerId, DWORD time);
 
 // Forgets the file seen last, so that the next poll takes the current file

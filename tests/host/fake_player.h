@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -29,9 +30,10 @@ struct CFakePlayer
     int state = 2; // playing
     int position = 0;
     int matches = 1; // files a library query finds
-    // A member, as "object id" ("playlist 5"), that raises an error, and one
-    // that hands back no object.
-    std::wstring failing, answersNoObject;
+    // A member, as "object id" ("playlist 5"), that raises an error, one
+    // that hands back no object, and one during whose call memory runs out
+    // (std::bad_alloc, as from the caller's own allocations).
+    std::wstring failing, answersNoObject, outOfMemory;
 
     // Every call as "object id" and its arguments in declared order.
     std::vector<std::wstring> calls;
@@ -133,6 +135,8 @@ public:
                                                    : std::wstring(argument.bstrVal));
         }
         m_player.calls.push_back(record);
+        if (call == m_player.outOfMemory)
+            throw std::bad_alloc();
         VariantInit(result);
         if (call == m_player.failing)
             return DISP_E_EXCEPTION;
