@@ -1,5 +1,6 @@
 #include "support/module_thread.h"
 
+#include "support/callback_boundary.h"
 #include "support/this_module.h"
 
 #include <process.h>
@@ -23,11 +24,13 @@ struct CThreadStart
 unsigned __stdcall ModuleThread(void* argument)
 {
     HMODULE module = nullptr;
-    {
+    // Work that throws ends its thread as work that returns does: the count
+    // goes down and the module is let go.
+    GuardThreadProcedure(L"module thread", [&] {
         const std::unique_ptr<CThreadStart> start(static_cast<CThreadStart*>(argument));
         module = start->module;
         start->work->Run();
-    } // the work goes here, while the module's code is still there to run its destructor
+    }); // the work goes here, while the module's code is still there to run its destructor
     --g_liveThreads;
     // The thread's last reference to the module goes with the thread itself,
     // so no code of ours runs after the module may have been unloaded. The C

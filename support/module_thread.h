@@ -24,7 +24,8 @@ public:
     virtual void Run() = 0;
 };
 
-// Starts work->Run() on a new thread (the C runtime's thread start). Returns
+// Starts work->Run() on a new thread (the C runtime's thread start); an
+// exception out of Run() ends the thread as a return does. Returns
 // the thread's handle, or an empty one with error set when no thread could
 // be started.
 CHandle StartModuleThread(std::shared_ptr<CThreadWork> work, DWORD& error);
