@@ -1,5 +1,6 @@
 #include "ui/dialog.h"
 
+#include "support/callback_boundary.h"
 #include "support/this_module.h"
 
 namespace cvas
@@ -60,11 +61,13 @@ void CDialog::OnCancel()
 
 INT_PTR CALLBACK CDialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    if (message == WM_INITDIALOG)
-        reinterpret_cast<CDialog*>(lParam)->Attach(window);
-    CDialogWindow* dialog = AttachedDialog(window);
-    return dialog != nullptr ? static_cast<CDialog*>(dialog)->Dispatch(message, wParam, lParam)
-                             : FALSE;
+    return GuardDialogProcedure(L"dialog", [&]() -> INT_PTR {
+        if (message == WM_INITDIALOG)
+            reinterpret_cast<CDialog*>(lParam)->Attach(window);
+        CDialogWindow* dialog = AttachedDialog(window);
+        return dialog != nullptr ? static_cast<CDialog*>(dialog)->Dispatch(message, wParam, lParam)
+                                 : FALSE;
+    });
 }
 
 } // namespace cvas

@@ -72,32 +72,23 @@ void CDialogWindow::Attach(HWND window)
 
 INT_PTR CDialogWindow::Dispatch(UINT message, WPARAM wParam, LPARAM lParam)
 {
-    try
+    switch (message)
     {
-        switch (message)
-        {
-        case WM_INITDIALOG:
-            return OnInitDialog() ? TRUE : FALSE;
-        case WM_COMMAND:
-            return OnCommand(LOWORD(wParam), HIWORD(wParam)) ? TRUE : FALSE;
-        case WM_NOTIFY: {
-            LRESULT result = 0;
-            if (!OnNotify(*reinterpret_cast<const NMHDR*>(lParam), result))
-                return FALSE;
-            SetWindowLongPtrW(m_window, DWLP_MSGRESULT, result);
-            return TRUE;
-        }
-        default: {
-            INT_PTR answer = FALSE;
-            return OnMessage(message, wParam, lParam, answer) ? answer : FALSE;
-        }
-        }
+    case WM_INITDIALOG:
+        return OnInitDialog() ? TRUE : FALSE;
+    case WM_COMMAND:
+        return OnCommand(LOWORD(wParam), HIWORD(wParam)) ? TRUE : FALSE;
+    case WM_NOTIFY: {
+        LRESULT result = 0;
+        if (!OnNotify(*reinterpret_cast<const NMHDR*>(lParam), result))
+            return FALSE;
+        SetWindowLongPtrW(m_window, DWLP_MSGRESULT, result);
+        return TRUE;
     }
-    catch (...)
-    {
-        // Nothing may unwind through the system's dialog code; the message
-        // counts as not handled.
-        return FALSE;
+    default: {
+        INT_PTR answer = FALSE;
+        return OnMessage(message, wParam, lParam, answer) ? answer : FALSE;
+    }
     }
 }
 

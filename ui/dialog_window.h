@@ -1,8 +1,9 @@
 #pragma once
 // The part that dialogs and property pages share: a window made from a
 // dialog template of this module, its controls by identifier, and the
-// exchange of member values with the controls. Handlers run on the UI thread
-// and never let an exception out into the system's dialog code.
+// exchange of member values with the controls. Handlers run on the thread
+// that made the window; the dialog procedures guard them, so that no
+// exception gets out into the system's dialog code.
 
 #include <windows.h>
 

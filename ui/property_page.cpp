@@ -1,5 +1,6 @@
 #include "ui/property_page.h"
 
+#include "support/callback_boundary.h"
 #include "support/this_module.h"
 
 namespace cvas
@@ -43,14 +44,17 @@ bool CPropertyPage::OnApply()
 
 INT_PTR CALLBACK CPropertyPage::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    if (message == WM_INITDIALOG)
-    {
-        const auto* page = reinterpret_cast<const PROPSHEETPAGEW*>(lParam);
-        reinterpret_cast<CPropertyPage*>(page->lParam)->Attach(window);
-    }
-    CDialogWindow* page = AttachedDialog(window);
-    return page != nullptr ? static_cast<CPropertyPage*>(page)->Dispatch(message, wParam, lParam)
-                           : FALSE;
+    return GuardDialogProcedure(L"property page", [&]() -> INT_PTR {
+        if (message == WM_INITDIALOG)
+        {
+            const auto* page = reinterpret_cast<const PROPSHEETPAGEW*>(lParam);
+            reinterpret_cast<CPropertyPage*>(page->lParam)->Attach(window);
+        }
+        CDialogWindow* page = AttachedDialog(window);
+        return page != nullptr
+                   ? static_cast<CPropertyPage*>(page)->Dispatch(message, wParam, lParam)
+                   : FALSE;
+    });
 }
 
 } // namespace cvas
