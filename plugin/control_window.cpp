@@ -4,6 +4,7 @@
 #include "plugin/module_state.h"
 #include "plugin/plugin_lifecycle.h"
 #include "plugin/window_messages.h"
+#include "support/callback_boundary.h"
 #include "support/hot_keys.h"
 #include "support/this_module.h"
 #include "ui/options/open_options.h"
@@ -49,7 +50,7 @@ void LayOut(HWND window, int width, int height)
         MoveWindow(list, 0, buttonHeight, width, height - buttonHeight, TRUE);
 }
 
-LRESULT CALLBACK ControlWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message)
     {
@@ -84,6 +85,13 @@ LRESULT CALLBACK ControlWindowProc(HWND window, UINT message, WPARAM wParam, LPA
     default:
         return DefWindowProcW(window, message, wParam, lParam);
     }
+}
+
+// Every message this window handles answers 0, one whose handling threw too.
+LRESULT CALLBACK ControlWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    return GuardWindowProcedure(L"control window", 0,
+                                [&] { return HandleMessage(window, message, wParam, lParam); });
 }
 
 bool RegisterWindowClass()

@@ -3,6 +3,7 @@
 #include "plugin/interface_control.h"
 #include "plugin/module_counts.h"
 #include "plugin/registration.h"
+#include "support/callback_boundary.h"
 
 #include <olectl.h>
 
@@ -18,13 +19,15 @@ class CClassFactory final : public IClassFactory
 public:
     STDMETHODIMP QueryInterface(REFIID iid, void** object) override
     {
-        if (object == nullptr)
-            return E_POINTER;
-        *object = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IClassFactory)
-            return E_NOINTERFACE;
-        *object = static_cast<IClassFactory*>(this);
-        return S_OK;
+        return GuardComMethod(L"class factory's QueryInterface", [&]() -> HRESULT {
+            if (object == nullptr)
+                return E_POINTER;
+            *object = nullptr;
+            if (iid != IID_IUnknown && iid != IID_IClassFactory)
+                return E_NOINTERFACE;
+            *object = static_cast<IClassFactory*>(this);
+            return S_OK;
+        });
     }
     // One factory for the life of the module: LockServer keeps the module.
     STDMETHODIMP_(ULONG) AddRef() override { return 2; }
@@ -32,22 +35,26 @@ public:
 
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** object) override
     {
-        if (object == nullptr)
-            return E_POINTER;
-        *object = nullptr;
-        if (outer != nullptr)
-            return CLASS_E_NOAGGREGATION;
-        CInterfaceControl* control = new (std::nothrow) CInterfaceControl();
-        if (control == nullptr)
-            return E_OUTOFMEMORY;
-        const HRESULT hr = control->QueryInterface(iid, object);
-        control->Release(); // the caller's reference is the one left, if any
-        return hr;
+        return GuardComMethod(L"class factory's CreateInstance", [&]() -> HRESULT {
+            if (object == nullptr)
+                return E_POINTER;
+            *object = nullptr;
+            if (outer != nullptr)
+                return CLASS_E_NOAGGREGATION;
+            CInterfaceControl* control = new (std::nothrow) CInterfaceControl();
+            if (control == nullptr)
+                return E_OUTOFMEMORY;
+            const HRESULT hr = control->QueryInterface(iid, object);
+            control->Release(); // the caller's reference is the one left, if any
+            return hr;
+        });
     }
     STDMETHODIMP LockServer(BOOL lock) override
     {
-        LockModule(lock != FALSE);
-        return S_OK;
+        return GuardComMethod(L"class factory's LockServer", [&]() -> HRESULT {
+            LockModule(lock != FALSE);
+            return S_OK;
+        });
     }
 };
 
@@ -56,48 +63,43 @@ CClassFactory g_factory;
 } // namespace
 } // namespace cvas
 
+// The exports answer a failure after any exception. DllMain and
+// DllCanUnloadNow answer the safe way: a module that cannot be set up is not
+// loaded, and one that cannot tell is kept.
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
 {
-    if (reason == DLL_PROCESS_ATTACH)
-        DisableThreadLibraryCalls(instance);
-    return TRUE;
+    return cvas::GuardExport<BOOL>(FALSE, [&]() -> BOOL {
+        if (reason == DLL_PROCESS_ATTACH)
+            DisableThreadLibraryCalls(instance);
+        return TRUE;
+    });
 }
 
 extern "C" HRESULT STDAPICALLTYPE DllCanUnloadNow()
 {
-    return cvas::IsModuleInUse() ? S_FALSE : S_OK;
+    return cvas::GuardExport<HRESULT>(
+        S_FALSE, []() -> HRESULT { return cvas::IsModuleInUse() ? S_FALSE : S_OK; });
 }
 
 extern "C" HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, void** object)
 {
-    if (object == nullptr)
-        return E_POINTER;
-    *object = nullptr;
-    if (clsid != CLSID_Interface)
-        return CLASS_E_CLASSNOTAVAILABLE;
-    return cvas::g_factory.QueryInterface(iid, object);
+    return cvas::GuardExport<HRESULT>(E_UNEXPECTED, [&]() -> HRESULT {
+        if (object == nullptr)
+            return E_POINTER;
+        *object = nullptr;
+        if (clsid != CLSID_Interface)
+            return CLASS_E_CLASSNOTAVAILABLE;
+        return cvas::g_factory.QueryInterface(iid, object);
+    });
 }
 
+// A CFatalError here has shown its box already.
 extern "C" HRESULT STDAPICALLTYPE DllRegisterServer()
 {
-    try
-    {
-        return cvas::RegisterServer();
-    }
-    catch (...)
-    {
-        return SELFREG_E_CLASS;
-    }
+    return cvas::GuardExport<HRESULT>(SELFREG_E_CLASS, [] { return cvas::RegisterServer(); });
 }
 
 extern "C" HRESULT STDAPICALLTYPE DllUnregisterServer()
 {
-    try
-    {
-        return cvas::UnregisterServer();
-    }
-    catch (...)
-    {
-        return SELFREG_E_CLASS;
-    }
+    return cvas::GuardExport<HRESULT>(SELFREG_E_CLASS, [] { return cvas::UnregisterServer(); });
 }

@@ -3,6 +3,7 @@
 #include "plugin/control_window.h"
 #include "plugin/module_counts.h"
 #include "plugin/plugin_lifecycle.h"
+#include "support/callback_boundary.h"
 #include "support/this_module.h"
 
 #include <oleauto.h>
@@ -48,26 +49,28 @@ CInterfaceControl::~CInterfaceControl()
 
 STDMETHODIMP CInterfaceControl::QueryInterface(REFIID iid, void** object)
 {
-    if (object == nullptr)
-        return E_POINTER;
-    *object = nullptr;
-    if (iid == IID_IUnknown || iid == IID_IDispatch || iid == IID_IInterface)
-        *object = static_cast<IInterface*>(this);
-    else if (iid == IID_IOleObject)
-        *object = static_cast<IOleObject*>(this);
-    else if (iid == IID_IOleWindow || iid == IID_IOleInPlaceObject)
-        *object = static_cast<IOleInPlaceObject*>(this);
-    else if (iid == IID_IPersist || iid == IID_IPersistStreamInit)
-        *object = static_cast<IPersistStreamInit*>(this);
-    else if (iid == IID_IProvideClassInfo)
-        *object = static_cast<IProvideClassInfo*>(this);
-    else
-    {
-        NoteUnknownInterface(iid);
-        return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
+    return GuardComMethod(L"control's QueryInterface", [&]() -> HRESULT {
+        if (object == nullptr)
+            return E_POINTER;
+        *object = nullptr;
+        if (iid == IID_IUnknown || iid == IID_IDispatch || iid == IID_IInterface)
+            *object = static_cast<IInterface*>(this);
+        else if (iid == IID_IOleObject)
+            *object = static_cast<IOleObject*>(this);
+        else if (iid == IID_IOleWindow || iid == IID_IOleInPlaceObject)
+            *object = static_cast<IOleInPlaceObject*>(this);
+        else if (iid == IID_IPersist || iid == IID_IPersistStreamInit)
+            *object = static_cast<IPersistStreamInit*>(this);
+        else if (iid == IID_IProvideClassInfo)
+            *object = static_cast<IProvideClassInfo*>(this);
+        else
+        {
+            NoteUnknownInterface(iid);
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    });
 }
 
 STDMETHODIMP_(ULONG) CInterfaceControl::AddRef()
@@ -85,44 +88,52 @@ STDMETHODIMP_(ULONG) CInterfaceControl::Release()
 
 STDMETHODIMP CInterfaceControl::GetTypeInfoCount(UINT* count)
 {
-    if (count == nullptr)
-        return E_POINTER;
-    *count = 1;
-    return S_OK;
+    return GuardComMethod(L"control's GetTypeInfoCount", [&]() -> HRESULT {
+        if (count == nullptr)
+            return E_POINTER;
+        *count = 1;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetTypeInfo(UINT index, LCID, ITypeInfo** info)
 {
-    if (info == nullptr)
-        return E_POINTER;
-    *info = nullptr;
-    if (index != 0)
-        return DISP_E_BADINDEX;
-    ITypeInfo* held = nullptr;
-    if (const HRESULT hr = InterfaceTypeInfo(held); FAILED(hr))
-        return hr;
-    held->AddRef();
-    *info = held;
-    return S_OK;
+    return GuardComMethod(L"control's GetTypeInfo", [&]() -> HRESULT {
+        if (info == nullptr)
+            return E_POINTER;
+        *info = nullptr;
+        if (index != 0)
+            return DISP_E_BADINDEX;
+        ITypeInfo* held = nullptr;
+        if (const HRESULT hr = InterfaceTypeInfo(held); FAILED(hr))
+            return hr;
+        held->AddRef();
+        *info = held;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
                                               DISPID* ids)
 {
-    ITypeInfo* info = nullptr;
-    if (const HRESULT hr = InterfaceTypeInfo(info); FAILED(hr))
-        return hr;
-    return DispGetIDsOfNames(info, names, count, ids);
+    return GuardComMethod(L"control's GetIDsOfNames", [&]() -> HRESULT {
+        ITypeInfo* info = nullptr;
+        if (const HRESULT hr = InterfaceTypeInfo(info); FAILED(hr))
+            return hr;
+        return DispGetIDsOfNames(info, names, count, ids);
+    });
 }
 
 STDMETHODIMP CInterfaceControl::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                        VARIANT* result, EXCEPINFO* exception, UINT* argumentError)
 {
-    ITypeInfo* info = nullptr;
-    if (const HRESULT hr = InterfaceTypeInfo(info); FAILED(hr))
-        return hr;
-    return DispInvoke(static_cast<IInterface*>(this), info, id, flags, parameters, result,
-                      exception, argumentError);
+    return GuardComMethod(L"control's Invoke", [&]() -> HRESULT {
+        ITypeInfo* info = nullptr;
+        if (const HRESULT hr = InterfaceTypeInfo(info); FAILED(hr))
+            return hr;
+        return DispInvoke(static_cast<IInterface*>(this), info, id, flags, parameters, result,
+                          exception, argumentError);
+    });
 }
 
 HRESULT CInterfaceControl::InterfaceTypeInfo(ITypeInfo*& info)
@@ -138,70 +149,75 @@ HRESULT CInterfaceControl::InterfaceTypeInfo(ITypeInfo*& info)
 
 STDMETHODIMP CInterfaceControl::get_Window(LONG* window)
 {
-    if (window == nullptr)
-        return E_POINTER;
-    // A window handle carries 32 significant bits on both bitnesses.
-    *window = static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_window));
-    return S_OK;
+    return GuardComMethod(L"control's get_Window", [&]() -> HRESULT {
+        if (window == nullptr)
+            return E_POINTER;
+        // A window handle carries 32 significant bits on both bitnesses.
+        *window = static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_window));
+        return S_OK;
+    });
 }
 
-// COM entry points never let a C++ exception escape.
 STDMETHODIMP CInterfaceControl::Init(IDispatch* automation)
 {
-    try
-    {
-        return PluginInit(automation, m_window);
-    }
-    catch (...)
-    {
-        return E_UNEXPECTED;
-    }
+    return GuardComMethod(L"control's Init",
+                          [&]() -> HRESULT { return PluginInit(automation, m_window); });
 }
 
 STDMETHODIMP CInterfaceControl::Terminate()
 {
-    PluginTerminate(); // swallows whatever goes wrong
-    return S_OK;
+    return GuardComMethod(L"control's Terminate", [&]() -> HRESULT {
+        PluginTerminate(); // swallows whatever goes wrong
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::SetClientSite(IOleClientSite* site)
 {
-    m_site = CComPtr<IOleClientSite>(site);
-    return S_OK;
+    return GuardComMethod(L"control's SetClientSite", [&]() -> HRESULT {
+        m_site = CComPtr<IOleClientSite>(site);
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetClientSite(IOleClientSite** site)
 {
-    if (site == nullptr)
-        return E_POINTER;
-    *site = CComPtr<IOleClientSite>(m_site).Detach();
-    return S_OK;
+    return GuardComMethod(L"control's GetClientSite", [&]() -> HRESULT {
+        if (site == nullptr)
+            return E_POINTER;
+        *site = CComPtr<IOleClientSite>(m_site).Detach();
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::Close(DWORD)
 {
-    InPlaceDeactivate();
-    m_site.Release();
-    return S_OK;
+    return GuardComMethod(L"control's Close", [&]() -> HRESULT {
+        InPlaceDeactivate();
+        m_site.Release();
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::DoVerb(LONG verb, LPMSG, IOleClientSite* site, LONG, HWND parent,
                                        LPCRECT rect)
 {
-    switch (verb)
-    {
-    case OLEIVERB_PRIMARY:
-    case OLEIVERB_SHOW:
-    case OLEIVERB_INPLACEACTIVATE:
-    case OLEIVERB_UIACTIVATE:
-        return ActivateInPlace(site != nullptr ? site : m_site.Get(), parent, rect);
-    case OLEIVERB_HIDE:
-        if (m_window != nullptr)
-            ShowWindow(m_window, SW_HIDE);
-        return S_OK;
-    default:
-        return OLEOBJ_S_INVALIDVERB;
-    }
+    return GuardComMethod(L"control's DoVerb", [&]() -> HRESULT {
+        switch (verb)
+        {
+        case OLEIVERB_PRIMARY:
+        case OLEIVERB_SHOW:
+        case OLEIVERB_INPLACEACTIVATE:
+        case OLEIVERB_UIACTIVATE:
+            return ActivateInPlace(site != nullptr ? site : m_site.Get(), parent, rect);
+        case OLEIVERB_HIDE:
+            if (m_window != nullptr)
+                ShowWindow(m_window, SW_HIDE);
+            return S_OK;
+        default:
+            return OLEOBJ_S_INVALIDVERB;
+        }
+    });
 }
 
 HRESULT CInterfaceControl::ActivateInPlace(IOleClientSite* site, HWND parent, LPCRECT rect)
@@ -244,93 +260,114 @@ HRESULT CInterfaceControl::ActivateInPlace(IOleClientSite* site, HWND parent, LP
 
 STDMETHODIMP CInterfaceControl::GetUserClassID(CLSID* clsid)
 {
-    return GetClassID(clsid);
+    return GuardComMethod(L"control's GetUserClassID",
+                          [&]() -> HRESULT { return GetClassID(clsid); });
 }
 
 STDMETHODIMP CInterfaceControl::SetExtent(DWORD aspect, SIZEL* size)
 {
-    if (aspect != DVASPECT_CONTENT || size == nullptr)
-        return E_INVALIDARG;
-    m_extent = *size;
-    return S_OK;
+    return GuardComMethod(L"control's SetExtent", [&]() -> HRESULT {
+        if (aspect != DVASPECT_CONTENT || size == nullptr)
+            return E_INVALIDARG;
+        m_extent = *size;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetExtent(DWORD aspect, SIZEL* size)
 {
-    if (aspect != DVASPECT_CONTENT || size == nullptr)
-        return E_INVALIDARG;
-    *size = m_extent;
-    return S_OK;
+    return GuardComMethod(L"control's GetExtent", [&]() -> HRESULT {
+        if (aspect != DVASPECT_CONTENT || size == nullptr)
+            return E_INVALIDARG;
+        *size = m_extent;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::Advise(IAdviseSink*, DWORD* connection)
 {
-    if (connection == nullptr)
-        return E_POINTER;
-    *connection = 1;
-    return S_OK;
+    return GuardComMethod(L"control's Advise", [&]() -> HRESULT {
+        if (connection == nullptr)
+            return E_POINTER;
+        *connection = 1;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetMiscStatus(DWORD, DWORD* status)
 {
-    if (status == nullptr)
-        return E_POINTER;
-    *status = kMiscStatus;
-    return S_OK;
+    return GuardComMethod(L"control's GetMiscStatus", [&]() -> HRESULT {
+        if (status == nullptr)
+            return E_POINTER;
+        *status = kMiscStatus;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetWindow(HWND* window)
 {
-    if (window == nullptr)
-        return E_POINTER;
-    *window = m_window;
-    return m_window != nullptr ? S_OK : E_FAIL;
+    return GuardComMethod(L"control's GetWindow", [&]() -> HRESULT {
+        if (window == nullptr)
+            return E_POINTER;
+        *window = m_window;
+        return m_window != nullptr ? S_OK : E_FAIL;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::InPlaceDeactivate()
 {
-    if (m_window == nullptr)
+    return GuardComMethod(L"control's InPlaceDeactivate", [&]() -> HRESULT {
+        if (m_window == nullptr)
+            return S_OK;
+        DestroyWindow(m_window);
+        m_window = nullptr;
+        if (m_inPlaceSite)
+            m_inPlaceSite->OnInPlaceDeactivate();
+        m_inPlaceSite.Release();
         return S_OK;
-    DestroyWindow(m_window);
-    m_window = nullptr;
-    if (m_inPlaceSite)
-        m_inPlaceSite->OnInPlaceDeactivate();
-    m_inPlaceSite.Release();
-    return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::SetObjectRects(LPCRECT position, LPCRECT)
 {
-    if (position == nullptr)
-        return E_POINTER;
-    if (m_window != nullptr)
-        MoveWindow(m_window, position->left, position->top, position->right - position->left,
-                   position->bottom - position->top, TRUE);
-    return S_OK;
+    return GuardComMethod(L"control's SetObjectRects", [&]() -> HRESULT {
+        if (position == nullptr)
+            return E_POINTER;
+        if (m_window != nullptr)
+            MoveWindow(m_window, position->left, position->top, position->right - position->left,
+                       position->bottom - position->top, TRUE);
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetClassID(CLSID* clsid)
 {
-    if (clsid == nullptr)
-        return E_POINTER;
-    *clsid = CLSID_Interface;
-    return S_OK;
+    return GuardComMethod(L"control's GetClassID", [&]() -> HRESULT {
+        if (clsid == nullptr)
+            return E_POINTER;
+        *clsid = CLSID_Interface;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetSizeMax(ULARGE_INTEGER* size)
 {
-    if (size == nullptr)
-        return E_POINTER;
-    size->QuadPart = 0;
-    return S_OK;
+    return GuardComMethod(L"control's GetSizeMax", [&]() -> HRESULT {
+        if (size == nullptr)
+            return E_POINTER;
+        size->QuadPart = 0;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::GetClassInfo(ITypeInfo** info)
 {
-    if (info == nullptr)
-        return E_POINTER;
-    *info = nullptr;
-    return LoadTypeInfo(CLSID_Interface, info);
+    return GuardComMethod(L"control's GetClassInfo", [&]() -> HRESULT {
+        if (info == nullptr)
+            return E_POINTER;
+        *info = nullptr;
+        return LoadTypeInfo(CLSID_Interface, info);
+    });
 }
 
 } // namespace cvas

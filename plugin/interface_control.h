@@ -1,7 +1,10 @@
 #pragma once
 // The control the player creates: the class Interface with its dual
 // interface IInterface, and the OLE interfaces a container needs to site it
-// and activate it in place with a window of its own.
+// and activate it in place with a window of its own. Every method that
+// returns an HRESULT and is defined in the .cpp runs inside GuardComMethod;
+// those defined here only return a constant. AddRef and Release only count,
+// and the destructor that Release may run cannot throw.
 
 #include <ocidl.h>
 #include <ole2.h>
