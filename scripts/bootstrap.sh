@@ -12,6 +12,8 @@ packages=(
   fonts-dejavu-core fonts-dejavu-extra fontconfig
   libgtest-dev libbenchmark-dev libexpat1-dev libpugixml-dev libtinyxml2-dev
   clang libclang-rt-14-dev clang-format
+  # The installer of the release (scripts/release.sh).
+  nsis
 )
 
 missing=()
