@@ -47,6 +47,24 @@ else
   echo "win32/Wine: $wine32_note"
 fi
 
+# The release as users get it (scripts/release.sh: both DLLs with their
+# symbols, the installer), and its installer under 64-bit Wine: upgrade,
+# registration, the player with the installed plug-in, uninstall.
+step "release build and install test"
+install_result=failed
+if ./scripts/release.sh; then
+  if timeout 900 bash tests/scrobbler/run_with_standin.sh python3 tools/standin/lastfm_standin.py \
+    bash tests/installer/install_test.sh scripts/run_player.sh /usr/lib/wine/wine64 \
+    build/win64/wineprefix build/win64/tools/player/simulated_player.exe build/release \
+    build/win64/tests/earlier_version build/win32/tests/earlier_version; then
+    install_result=passed
+  else
+    status=1
+  fi
+else
+  status=1
+fi
+
 step "fuzz smoke run"
 fuzz_seconds=${CVAS_FUZZ_SECONDS:-60}
 ./scripts/fuzz.sh "$fuzz_seconds" || status=1
@@ -72,6 +90,7 @@ if [ -n "$wine32_note" ]; then
 else
   echo "win32/Wine:  $wine32_passed test cases passed, $wine32_failed failed"
 fi
+echo "install:     build/release, the install test $install_result"
 echo "fuzz smoke:  ${fuzz_seconds}s per target"
 echo "wall time:   $(( $(date +%s) - start ))s"
 [ "$native_passed" -gt 0 ] && [ "$wine_passed" -gt 0 ] || { echo "no tests ran" >&2; status=1; }
