@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
 # The release's installer under 64-bit Wine, in a fresh copy of the pristine
 # prefix: an earlier version (0.9.0.0, built in tests/ from the plug-in's own
-# objects) installed silently, then this version over it in place: both DLLs
+# objects) installed silently into a folder of the user's choice, then this
+# version over it, found there and replaced in place: both DLLs
 # in the player's plug-in folder, the 64-bit one registered in the 64-bit
 # view (class, ProgID, type library, the player's entry with the new version,
 # the uninstall entry), the 32-bit one reported as not registered, which
 # leaves the exit code 0. The simulated player then loads the installed
 # plug-in and one play reaches the stand-in service; while the player holds
 # the DLL an installer refuses to replace it. The silent uninstaller removes
-# the registration and the files and keeps the data folder; with /REMOVEDATA
-# it removes the data folder and nothing beside it.
+# the registration and the files and keeps the data folder. Installed again,
+# into the default folder, and uninstalled with /REMOVEDATA, it removes the
+# data folder and nothing beside it.
 # Run by run_with_standin.sh: CVAS_STANDIN_PORT and CVAS_STANDIN_FOLDER.
 # Usage: install_test.sh RUN_PLAYER WINE64 PRISTINE_PREFIX PLAYER_EXE RELEASE_DIR
 #                        EARLIER_DIR64 EARLIER_DIR32
@@ -68,8 +70,12 @@ run_windows() { # PROGRAM [ARGS...]; its exit code
   return $status
 }
 
-folder="$prefix/drive_c/Program Files/Corvina/Plugins"
-windows_folder='C:\Program Files\Corvina\Plugins'
+# The earlier version goes into a folder of the user's choice, and the
+# upgrade finds it there; a first installation goes to the default folder.
+folder=$prefix/drive_c/Players/Corvina/Plugins
+windows_folder='C:\Players\Corvina\Plugins'
+default_folder="$prefix/drive_c/Program Files/Corvina/Plugins"
+default_windows_folder='C:\Program Files\Corvina\Plugins'
 appdata=$(player_appdata "$prefix")
 data="$appdata/Ostrana/last.fm"
 temp="$(dirname "$(dirname "$appdata")")/Temp"
@@ -124,7 +130,7 @@ makensis -V2 -WX -DVERSION="$earlier_version" -DDLL64="$earlier64/CVAudioScrobbl
   -DDLL32="$earlier32/CVAudioScrobbler.dll" -DOUTFILE="$work/earlier-setup.exe" \
   "$here/../../installer/CVAudioScrobbler.nsi" || { echo "install_test: makensis failed" >&2; exit 1; }
 cp "$work/earlier-setup.exe" "$setup" "$prefix/drive_c/"
-run_windows 'C:\earlier-setup.exe' /S || fail "the earlier version's silent install ended with $?"
+run_windows 'C:\earlier-setup.exe' /S "/D=$windows_folder" || fail "the earlier version's silent install ended with $?"
 key_has "$host_key" "\"Version\"=\"$earlier_version\""
 key_has "$uninstall_key" "\"DisplayVersion\"=\"$earlier_version\""
 cmp -s "$earlier64/CVAudioScrobbler.dll" "$folder/CVAudioScrobbler.dll" \
@@ -215,14 +221,14 @@ done
 echo "--- installed again, uninstalled with /REMOVEDATA"
 printf 'not ours\n' >"$appdata/Ostrana/beside.txt"
 run_windows "C:\\$(basename "$setup")" /S || fail "the second silent install ended with $?"
-[ -f "$folder/CVAudioScrobbler.dll" ] || fail "the second install put no DLL in place"
-run_windows "$windows_folder\\CVAudioScrobbler-uninstall.exe" /S /REMOVEDATA \
+[ -f "$default_folder/CVAudioScrobbler.dll" ] || fail "the second install put no DLL into the default folder"
+run_windows "$default_windows_folder\\CVAudioScrobbler-uninstall.exe" /S /REMOVEDATA \
   || fail "the uninstaller ended with $?"
 utf8 "$temp/CVAudioScrobbler-uninstall.log" >"$work/remove.log"
 has "$work/remove.log" "Removed the data folder"
 [ -e "$data" ] && fail "the data folder stayed after /REMOVEDATA"
 [ -f "$appdata/Ostrana/beside.txt" ] || fail "/REMOVEDATA removed a file beside the data folder"
-[ -e "$folder" ] && fail "the plug-in folder stayed after the second uninstall"
+[ -e "$default_folder" ] && fail "the plug-in folder stayed after the second uninstall"
 
 if [ "$failures" -ne 0 ]; then
   echo "--- the player's output" >&2
