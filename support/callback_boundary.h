@@ -63,10 +63,8 @@ template <typename Body> INT_PTR GuardDialogProcedure(const wchar_t* boundary, B
     }
 }
 
-// The part of a timer procedure that may throw. The procedure decides from
-// the answer whether its timer runs on.
-template <typename Body>
-GuardedEnd GuardTimerProcedure(const wchar_t* boundary, Body&& body) noexcept
+// Runs body and tells how it ended: the timer and thread guards below.
+template <typename Body> GuardedEnd RunGuarded(const wchar_t* boundary, Body&& body) noexcept
 {
     try
     {
@@ -79,20 +77,20 @@ GuardedEnd GuardTimerProcedure(const wchar_t* boundary, Body&& body) noexcept
     }
 }
 
+// The part of a timer procedure that may throw. The procedure decides from
+// the answer whether its timer runs on.
+template <typename Body>
+GuardedEnd GuardTimerProcedure(const wchar_t* boundary, Body&& body) noexcept
+{
+    return RunGuarded(boundary, static_cast<Body&&>(body));
+}
+
 // The work of a thread procedure. However the work ends, the thread then
 // ends as it would after work that returned.
 template <typename Body>
 GuardedEnd GuardThreadProcedure(const wchar_t* boundary, Body&& body) noexcept
 {
-    try
-    {
-        body();
-        return GuardedEnd::Returned;
-    }
-    catch (...)
-    {
-        return NoteCaughtException(boundary);
-    }
+    return RunGuarded(boundary, static_cast<Body&&>(body));
 }
 
 // A COM method: E_OUTOFMEMORY when memory ran out, E_UNEXPECTED after
