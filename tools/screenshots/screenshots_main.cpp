@@ -59,13 +59,17 @@ struct CRun
 
 CRun g_run;
 
-// What the thread has to handle, the window system's own events included.
-void DrainMessages()
+// What the thread has to handle, the window system's own events included,
+// but for timer messages: the dialog driver's next step waits on one, and
+// run from here it would take the picture's place.
+void DrainMessagesButTimers()
 {
     MSG message;
-    for (int handled = 0; handled < 10000 && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);
-         ++handled)
+    for (int handled = 0; handled < 10000; ++handled)
     {
+        if (!PeekMessageW(&message, nullptr, 0, WM_TIMER - 1, PM_REMOVE) &&
+            !PeekMessageW(&message, nullptr, WM_TIMER + 1, 0xFFFF, PM_REMOVE))
+            break;
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
@@ -77,7 +81,7 @@ void Paint(HWND window)
                  RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
     // Wine hands what was drawn to the screen while the thread waits.
     MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);
-    DrainMessages();
+    DrainMessagesButTimers();
 }
 
 // Saves the window's picture; checks the layout of dialog (when given).
@@ -176,6 +180,12 @@ void PictureTheSheet(HWND owner)
         driver.Then([page] { SendMessageW(FindDialog(kSheet), PSM_SETCURSEL, page, 0); });
         driver.Then([page] {
             HWND sheet = FindDialog(kSheet);
+            // The picture is named after the page it must show.
+            if (CurrentPageIndex(sheet) != page)
+            {
+                player::WriteError(std::wstring(L"the sheet does not show ") + kPageNames[page]);
+                g_run.failed = true;
+            }
             Picture(sheet, kPageNames[page], CurrentPage(sheet));
         });
     }
