@@ -6,19 +6,14 @@
 # run_player.sh), never in the shared build/win64/wineprefix.
 
 tls_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+# shellcheck source=run_player.sh
+source "$tls_root/scripts/run_player.sh" # player_windows_path
 
 # The certificates in DIR (see make_test_certificate.sh): DIR/server.pem and
 # DIR/server.key for the stand-in's --tls-cert and --tls-key, DIR/ca.der for
 # tls_trust, DIR/ca.pem for a client on the host.
 tls_make() { # DIR
   "$tls_root/scripts/make_test_certificate.sh" "$1"
-}
-
-# A Unix path as Wine sees it through drive Z:.
-tls_windows_path() { # PATH
-  local path
-  path=$(realpath -m "$1")
-  printf 'Z:%s' "${path//\//\\}"
 }
 
 # The machine "Root" store of PREFIX trusts the certificate DERFILE. The
@@ -29,7 +24,7 @@ tls_trust() { # PREFIX WINE TRUST_EXE DERFILE
   server=$(dirname "$wine")/wineserver
   [ -x "$server" ] || server=wineserver
   WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" \
-    timeout 120 "$wine" "$exe" "$(tls_windows_path "$der")" </dev/null
+    timeout 120 "$wine" "$exe" "$(player_windows_path "$der")" </dev/null
   status=$?
   WINEPREFIX=$prefix timeout 60 "$server" -k 2>/dev/null
   WINEPREFIX=$prefix timeout 60 "$server" -w 2>/dev/null

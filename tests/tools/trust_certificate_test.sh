@@ -76,7 +76,7 @@ check "trust_certificate adds the authority to the machine Root store" trusted
 
 missing() {
   local line status
-  WINEPREFIX=$work/untrusting timeout 120 "$wine" "$trust" "$(tls_windows_path "$work/none.der")" \
+  WINEPREFIX=$work/untrusting timeout 120 "$wine" "$trust" "$(player_windows_path "$work/none.der")" \
     </dev/null >"$work/missing.txt" 2>&1
   status=$?
   line=$(tr -d '\r' <"$work/missing.txt")
