@@ -90,6 +90,10 @@ void PollPlayer()
 
 bool StartPollTimer(HWND window)
 {
+    // A timer without a window gets a new id at each start, and KillTimer
+    // with the fixed id would never find it.
+    if (window == nullptr)
+        return false;
     return SetTimer(window, kPollTimerId, static_cast<UINT>(Settings().PollTimeout),
                     PollProcedure) != 0;
 }

@@ -19,19 +19,17 @@ namespace
 constexpr wchar_t kWindowClass[] = L"CVAudioScrobblerControl";
 constexpr RECT kOptionsButtonRect{0, 0, 160, 22};
 
-// The one list of submitted tracks, on the player's UI thread.
-CMySubmittedListCtrl& SubmittedList()
+// What the window holds besides its children: the list of submitted tracks
+// with its image list. Made at WM_CREATE and freed at WM_DESTROY, so that
+// nothing of it is left for the module's unloading.
+struct CControlParts
 {
-    static CMySubmittedListCtrl list;
-    return list;
-}
+    CMySubmittedListCtrl submittedList;
+};
 
-// Copies of records still on their way when the window goes are freed here.
-void DropPendingRows(HWND window)
+CControlParts* PartsOf(HWND window)
 {
-    MSG message;
-    while (PeekMessageW(&message, window, kSubmittedRowMessage, kSubmittedRowMessage, PM_REMOVE))
-        OnSubmittedRowMessage(SubmittedList(), message.wParam, message.lParam);
+    return reinterpret_cast<CControlParts*>(GetWindowLongPtrW(window, GWLP_USERDATA));
 }
 
 void LayOut(HWND window, int width, int height)
@@ -55,6 +53,8 @@ LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     switch (message)
     {
     case WM_CREATE:
+        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(new CControlParts));
+        AcceptSubmittedRows(window);
         SetPluginWindow(window);
         return 0;
     case WM_SIZE:
@@ -69,7 +69,8 @@ LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
         OpenOptions(wParam != 0);
         return 0;
     case kSubmittedRowMessage:
-        OnSubmittedRowMessage(SubmittedList(), wParam, lParam);
+        OnSubmittedRowMessage(
+            PartsOf(window) != nullptr ? &PartsOf(window)->submittedList : nullptr, wParam, lParam);
         return 0;
     case kPlayRequestMessage:
         PlayLibraryFile(static_cast<int>(wParam));
@@ -78,7 +79,9 @@ LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
         OnHotKey(wParam);
         return 0;
     case WM_DESTROY:
-        DropPendingRows(window);
+        EndSubmittedRows(window);
+        delete PartsOf(window);
+        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
         if (PluginWindow() == window)
             SetPluginWindow(nullptr);
         return 0;
@@ -122,13 +125,17 @@ HWND CreateControlWindow(HWND parent, const RECT& position)
 
 void CreateChildWindows(HWND window)
 {
+    // A later Init on the same window finds them made.
+    if (GetDlgItem(window, kOptionsButtonId) != nullptr)
+        return;
     CreateWindowExW(0, WC_BUTTONW, L"&Options", WS_CHILD | WS_VISIBLE, kOptionsButtonRect.left,
                     kOptionsButtonRect.top, kOptionsButtonRect.right, kOptionsButtonRect.bottom,
                     window, reinterpret_cast<HMENU>(static_cast<UINT_PTR>(kOptionsButtonId)),
                     ThisModule(), nullptr);
     RECT client{};
     GetClientRect(window, &client);
-    SubmittedList().Create(kSubmittedListStyle, client, window, kSubmittedListId);
+    if (CControlParts* parts = PartsOf(window))
+        parts->submittedList.Create(kSubmittedListStyle, client, window, kSubmittedListId);
     LayOut(window, client.right, client.bottom);
 }
 

@@ -160,13 +160,24 @@ STDMETHODIMP CInterfaceControl::get_Window(LONG* window)
 
 STDMETHODIMP CInterfaceControl::Init(IDispatch* automation)
 {
-    return GuardComMethod(L"control's Init",
-                          [&]() -> HRESULT { return PluginInit(automation, m_window); });
+    return GuardComMethod(L"control's Init", [&]() -> HRESULT {
+        // A container may call Init before it activates the control. Timer,
+        // hot keys and posted messages need the window at once, so it is
+        // made now, out of sight, and the activation gives it its place.
+        if (m_window == nullptr)
+            m_window = CreateControlWindow(HWND_MESSAGE, RECT{});
+        if (m_window == nullptr)
+            return E_FAIL;
+        const HRESULT result = PluginInit(automation, m_window);
+        m_running = SUCCEEDED(result);
+        return result;
+    });
 }
 
 STDMETHODIMP CInterfaceControl::Terminate()
 {
     return GuardComMethod(L"control's Terminate", [&]() -> HRESULT {
+        m_running = false;
         PluginTerminate(); // swallows whatever goes wrong
         return S_OK;
     });
@@ -222,7 +233,7 @@ STDMETHODIMP CInterfaceControl::DoVerb(LONG verb, LPMSG, IOleClientSite* site, L
 
 HRESULT CInterfaceControl::ActivateInPlace(IOleClientSite* site, HWND parent, LPCRECT rect)
 {
-    if (m_window != nullptr)
+    if (m_inPlaceSite)
     {
         ShowWindow(m_window, SW_SHOW);
         return S_OK;
@@ -247,7 +258,15 @@ HRESULT CInterfaceControl::ActivateInPlace(IOleClientSite* site, HWND parent, LP
                                              &frameInfo)) &&
         rect != nullptr)
         position = *rect;
-    m_window = CreateControlWindow(siteWindow, position);
+    if (m_window != nullptr)
+    {
+        // Made by an Init before this activation.
+        SetParent(m_window, siteWindow);
+        MoveWindow(m_window, position.left, position.top, position.right - position.left,
+                   position.bottom - position.top, TRUE);
+    }
+    else
+        m_window = CreateControlWindow(siteWindow, position);
     if (m_window == nullptr)
     {
         inPlaceSite->OnInPlaceDeactivate();
@@ -319,8 +338,18 @@ STDMETHODIMP CInterfaceControl::InPlaceDeactivate()
     return GuardComMethod(L"control's InPlaceDeactivate", [&]() -> HRESULT {
         if (m_window == nullptr)
             return S_OK;
-        DestroyWindow(m_window);
-        m_window = nullptr;
+        if (m_running)
+        {
+            // The plug-in still runs on its window: it is only put out of
+            // sight until a new activation or the control's end.
+            ShowWindow(m_window, SW_HIDE);
+            SetParent(m_window, HWND_MESSAGE);
+        }
+        else
+        {
+            DestroyWindow(m_window);
+            m_window = nullptr;
+        }
         if (m_inPlaceSite)
             m_inPlaceSite->OnInPlaceDeactivate();
         m_inPlaceSite.Release();

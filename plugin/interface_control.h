@@ -98,6 +98,8 @@ private:
     CComPtr<IOleClientSite> m_site;
     CComPtr<IOleInPlaceSite> m_inPlaceSite;
     HWND m_window = nullptr;
+    // Between a successful Init and Terminate: the window is the plug-in's.
+    bool m_running = false;
     SIZEL m_extent{};
     CComPtr<ITypeInfo> m_typeInfo;
 };

@@ -1,7 +1,5 @@
 #include "plugin/module_state.h"
 
-#include "support/com_ptr.h"
-
 #include <atomic>
 
 namespace cvas
@@ -9,7 +7,9 @@ namespace cvas
 namespace
 {
 
-CComPtr<IDispatch> g_automation;
+// A plain pointer, so that nothing releases it when the module unloads:
+// Terminate lets go of it, on the player's UI thread.
+IDispatch* g_automation = nullptr;
 HWND g_window = nullptr;
 std::atomic<bool> g_terminating{false};
 std::atomic<bool> g_scrobblingEnabled{false};
@@ -24,12 +24,16 @@ CCriticalSection& HostLock()
 
 IDispatch* HostAutomation()
 {
-    return g_automation.Get();
+    return g_automation;
 }
 
 void SetHostAutomation(IDispatch* automation)
 {
-    g_automation = CComPtr<IDispatch>(automation);
+    if (automation != nullptr)
+        automation->AddRef();
+    if (g_automation != nullptr)
+        g_automation->Release();
+    g_automation = automation;
 }
 
 HWND PluginWindow()

@@ -73,6 +73,9 @@ HRESULT PluginInit(IDispatch* automation, HWND window)
 {
     if (g_initialised)
         return S_OK;
+    // Timer, hot keys and posted messages all need the window.
+    if (window == nullptr)
+        return E_INVALIDARG;
     SetHostAutomation(automation);
     SetPluginWindow(window);
     SetTerminating(false);
@@ -81,7 +84,7 @@ HRESULT PluginInit(IDispatch* automation, HWND window)
     const bool firstStart = !ini.FileExists();
     Settings() = ReadSettings(ini);
     OpenLogs(ini);
-    if (firstStart && window != nullptr)
+    if (firstStart)
         PostMessageW(window, kOpenOptionsMessage, 1, 0);
     LoadReplacements();
     // Made once for the life of the module: a worker left running after a
@@ -100,8 +103,7 @@ HRESULT PluginInit(IDispatch* automation, HWND window)
         AddHotKey(window, Settings().RecommendationHotkey, L"", kRecommendationCommand);
     SetScrobblingEnabled(Settings().Enabled);
     StatusLog(0, L"AS plugin initialised");
-    if (window != nullptr)
-        CreateChildWindows(window);
+    CreateChildWindows(window);
     g_initialised = true;
     return S_OK;
 }
@@ -162,6 +164,8 @@ void PluginTerminate()
         // Terminate never fails the player.
     }
     SetHostAutomation(nullptr);
+    // A control made again after Terminate starts the plug-in again.
+    g_initialised = false;
 }
 
 } // namespace cvas

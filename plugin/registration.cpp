@@ -1,11 +1,11 @@
 #include "plugin/registration.h"
 
-#include "support/version_info.h"
 #include "resources/CVAudioScrobbler_h.h"
 #include "settings/plugin_mode.h"
 #include "support/message_box.h"
 #include "support/registry_key.h"
 #include "support/this_module.h"
+#include "support/version_info.h"
 
 #include <oleauto.h>
 

@@ -1,7 +1,9 @@
 #pragma once
 // Hands each submission's outcome from the worker thread to the submitted
 // list on the player's UI thread: a heap copy of the record travels in a
-// posted kSubmittedRowMessage, and whoever holds the copy last frees it.
+// posted kSubmittedRowMessage. Every copy is freed exactly once, whatever
+// the order of the worker's post and the window's end: the copies on their
+// way are kept in a table, which the window's end empties.
 
 #include <windows.h>
 
@@ -16,9 +18,15 @@ namespace cvas
 
 class CMySubmittedListCtrl;
 
+// Window side: from its creation (WM_CREATE) on, window takes rows; from its
+// end (WM_DESTROY) on it takes none, and the copies still on their way to it
+// are freed.
+void AcceptSubmittedRows(HWND window);
+void EndSubmittedRows(HWND window);
+
 // Worker side: posts the success flag (wParam) and a copy of record that
-// carries response as its extra text (lParam) to window. When the post
-// fails (the window is gone) the copy is freed here.
+// carries response as its extra text (lParam) to window. When window takes
+// no rows, or the post fails, the copy is freed here.
 void ReportSubmission(HWND window, bool succeeded, const CTrackRecord& record,
                       const std::wstring& response);
 
@@ -26,8 +34,9 @@ void ReportSubmission(HWND window, bool succeeded, const CTrackRecord& record,
 SubmissionReport MakeSubmissionReporter(HWND window);
 
 // Window side, for kSubmittedRowMessage: adds the row of the copy in lParam
-// to list, then frees the copy.
-void OnSubmittedRowMessage(CMySubmittedListCtrl& list, WPARAM wParam, LPARAM lParam);
+// to list (when there is one), then frees the copy. A copy that the window's
+// end freed already is not touched.
+void OnSubmittedRowMessage(CMySubmittedListCtrl* list, WPARAM wParam, LPARAM lParam);
 
 // Copies made by ReportSubmission and not freed yet.
 std::size_t PostedRecordsAlive();

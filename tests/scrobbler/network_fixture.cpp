@@ -1,5 +1,6 @@
 #include "scrobbler/network_fixture.h"
 
+#include "common/log_texts.h"
 #include "scrobbler/data_files.h"
 #include "scrobbler/engine_state.h"
 #include "scrobbler/queue_file.h"
@@ -24,22 +25,6 @@ namespace
 // Three WinINet time-outs of the longest connect time-out the tests use, and
 // room for a busy machine.
 constexpr unsigned kThreadEndLimitMs = 3 * 10000 + 30000;
-
-// The text of each log line after its "dd/mm/yyyy hh:mm:ss.mmm (%9u) > ".
-// The worker rewrites a log whole while tests look at it, so the lines are
-// read under the log's own lock.
-std::vector<std::wstring> LogTexts(const CountedHandle<CLogFile>& log)
-{
-    std::vector<std::wstring> texts;
-    if (!log)
-        return texts;
-    for (const std::wstring& line : log->Lines())
-    {
-        const std::size_t mark = line.find(L") > ");
-        texts.push_back(mark == std::wstring::npos ? line : line.substr(mark + 4));
-    }
-    return texts;
-}
 
 } // namespace
 

@@ -20,7 +20,7 @@ LRESULT CALLBACK PluginWindowProc(HWND window, UINT message, WPARAM wParam, LPAR
 {
     if (message == kSubmittedRowMessage && g_list != nullptr)
     {
-        OnSubmittedRowMessage(*g_list, wParam, lParam);
+        OnSubmittedRowMessage(g_list, wParam, lParam);
         return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);
@@ -49,8 +49,13 @@ protected:
         ASSERT_TRUE(list.Create(kSubmittedListStyle, RECT{0, 22, 1200, 400}, plugin.Get(),
                                 kSubmittedListId));
         g_list = &list;
+        AcceptSubmittedRows(plugin.Get());
     }
-    void TearDown() override { g_list = nullptr; }
+    void TearDown() override
+    {
+        EndSubmittedRows(plugin.Get());
+        g_list = nullptr;
+    }
 
     // The row's six texts followed by its image number.
     std::vector<std::wstring> Row(int row) const
@@ -141,7 +146,20 @@ TEST_F(SubmittedListTest, AReportFromTheWorkerBecomesARowAndTheWindowFreesTheCop
     {
         const CWindow closed(test::CreateTestWindow(L"CvasSubmittedListTest", PluginWindowProc));
         gone = closed.Get();
+        AcceptSubmittedRows(gone);
     }
     ReportSubmission(gone, true, record, L"OK");
     EXPECT_EQ(PostedRecordsAlive(), alive) << "a post that fails is freed by its sender";
+    EndSubmittedRows(gone);
+
+    // A window that ended takes nothing more, even while its handle lives on;
+    // what was on its way to it when it ended is freed by its end.
+    report(true, record, L"OK");
+    EXPECT_EQ(PostedRecordsAlive(), alive + 1);
+    EndSubmittedRows(plugin.Get());
+    EXPECT_EQ(PostedRecordsAlive(), alive);
+    report(true, record, L"OK");
+    EXPECT_EQ(PostedRecordsAlive(), alive);
+    DispatchWaitingMessages();
+    EXPECT_EQ(ListView_GetItemCount(list.Window()), 1) << "a freed copy is never read";
 }
