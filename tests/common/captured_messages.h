@@ -14,6 +14,12 @@ struct CapturedMessage
     unsigned style;
 };
 
+// The box as a person sees it: "icon, buttons: text", with the icon
+// "information", "exclamation", "question", "stop" or "no icon" and the
+// buttons "OK", "OK/Cancel", "Yes/No", "Yes/No/Cancel" or the type's
+// number; any other style bit follows as "+0x…".
+std::wstring Seen(const CapturedMessage& message);
+
 // Installs the capturing handler (the test main does this first of all).
 void InstallMessageCapture();
 // Takes the boxes captured so far, oldest first, and forgets them.

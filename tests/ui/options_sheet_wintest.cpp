@@ -97,12 +97,17 @@ protected:
     {
         driver.Then([] { SendMessageW(FindDialog(kSheet), PSM_PRESSBUTTON, PSBTN_CANCEL, 0); });
     }
-    std::vector<std::wstring> MessageTexts()
+    // The boxes shown so far, as Seen() describes them, each also checked
+    // for its caption.
+    std::vector<std::wstring> MessageBoxes()
     {
-        std::vector<std::wstring> texts;
+        std::vector<std::wstring> boxes;
         for (const CapturedMessage& message : TakeCapturedMessages())
-            texts.push_back(message.text);
-        return texts;
+        {
+            EXPECT_EQ(message.caption, L"last.fm");
+            boxes.push_back(Seen(message));
+        }
+        return boxes;
     }
     CSettingsValues SavedSettings() const { return ReadSettings(CIni(SettingsFilePath())); }
 
@@ -180,7 +185,7 @@ TEST_F(OptionsSheet, OkTakesBackEveryPageSavesAndRestartsTheWorker)
     ASSERT_TRUE(Open());
 
     EXPECT_EQ(shownQueueFile, QueueFilePath());
-    EXPECT_TRUE(MessageTexts().empty());
+    EXPECT_TRUE(MessageBoxes().empty());
     EXPECT_EQ(applied, std::optional<bool>(true));
     const CSettingsValues saved = SavedSettings();
     for (const CSettingsValues* values : {static_cast<const CSettingsValues*>(&Settings()), &saved})
@@ -204,8 +209,8 @@ TEST_F(OptionsSheet, ConfirmedWithScrobblingOffWarnsAndSavesAnyway)
     OnPage(kMain, [](HWND page) { Click(page, IDC_ENABLED); });
     PressOk();
     ASSERT_TRUE(Open());
-    EXPECT_EQ(MessageTexts(),
-              std::vector<std::wstring>{L"WARNING\n\nlast.fm support not activated!"});
+    EXPECT_EQ(MessageBoxes(), std::vector<std::wstring>{
+                                  L"information, OK: WARNING\n\nlast.fm support not activated!"});
     EXPECT_EQ(applied, std::optional<bool>(false));
     EXPECT_FALSE(SavedSettings().Enabled);
     EXPECT_TRUE(CIni(SettingsFilePath()).FileExists());
@@ -218,21 +223,23 @@ TEST_F(OptionsSheet, EnabledWithoutAccountKeepsTheSheetOpenOnMain)
     Settings().Password.clear();
     OnPage(kMain, [](HWND page) { EXPECT_TRUE(IsChecked(page, IDC_ENABLED)); });
     // Changing tabs checks nothing.
-    OnPage(kFilter, [this](HWND) { EXPECT_TRUE(MessageTexts().empty()); });
+    OnPage(kFilter, [this](HWND) { EXPECT_TRUE(MessageBoxes().empty()); });
     PressOk();
     driver.Then([this] {
         HWND sheet = FindDialog(kSheet);
         ASSERT_NE(sheet, nullptr) << "the sheet stays open";
         EXPECT_EQ(CurrentPageIndex(sheet), kMain);
-        EXPECT_EQ(MessageTexts(),
-                  std::vector<std::wstring>{L"last.fm support enabled but no password specified!"});
+        EXPECT_EQ(MessageBoxes(),
+                  std::vector<std::wstring>{
+                      L"information, OK: last.fm support enabled but no password specified!"});
         HWND page = CurrentPage(sheet);
         Type(page, IDC_USER_NAME, L"");
     });
     PressOk();
     driver.Then([this] {
-        EXPECT_EQ(MessageTexts(),
-                  std::vector<std::wstring>{L"last.fm support enabled but no username specified!"});
+        EXPECT_EQ(MessageBoxes(),
+                  std::vector<std::wstring>{
+                      L"information, OK: last.fm support enabled but no username specified!"});
     });
     PressCancel();
     EXPECT_FALSE(Open(true));
@@ -269,8 +276,9 @@ TEST_F(OptionsSheet, ReplacePageButtonsFollowTheSelectedRow)
     driver.Then([] { Click(CurrentPage(FindDialog(kSheet)), IDC_DELETE); });
     driver.Then([this] {
         HWND page = CurrentPage(FindDialog(kSheet));
-        EXPECT_EQ(MessageTexts(),
-                  std::vector<std::wstring>{L"Are you sure you want to delete this item?"});
+        EXPECT_EQ(MessageBoxes(),
+                  std::vector<std::wstring>{
+                      L"question, Yes/No: Are you sure you want to delete this item?"});
         EXPECT_EQ(Rows(page), (std::vector<std::wstring>{L"ABBA>Abba", L"B>b"}));
         EXPECT_EQ(Selected(page), 1);
         EXPECT_EQ(RowButtons(page), "1110");
@@ -382,6 +390,6 @@ TEST_F(OptionsSheet, LoggingButtonsOpenAnExistingFileOrWarn)
     Open();
     SetShellOpenHandler(previous);
     EXPECT_EQ(opened, std::vector<std::wstring>{StatusLogFile()->FileName()});
-    EXPECT_EQ(MessageTexts(), std::vector<std::wstring>{L"The filename '" + QueueFilePath() +
-                                                        L"' does not exist!"});
+    EXPECT_EQ(MessageBoxes(), std::vector<std::wstring>{L"exclamation, OK: The filename '" +
+                                                        QueueFilePath() + L"' does not exist!"});
 }

@@ -45,9 +45,21 @@ namespace
 {
 
 const std::wstring kSheet = L"Options for last.fm";
-const wchar_t* const kPageNames[] = {L"options_main",   L"options_logging", L"options_replace",
-                                     L"options_filter", L"options_buddy",   L"options_advanced",
-                                     L"options_about"};
+// The sheet's pages in their order, each with the template it is made from.
+struct CPageSpec
+{
+    const wchar_t* name;
+    int templateId;
+};
+constexpr CPageSpec kPages[] = {
+    {L"options_main", IDD_OPTIONS_MAIN},       {L"options_logging", IDD_OPTIONS_LOGGING},
+    {L"options_replace", IDD_OPTIONS_REPLACE}, {L"options_filter", IDD_OPTIONS_FILTER},
+    {L"options_buddy", IDD_OPTIONS_BUDDY},     {L"options_advanced", IDD_OPTIONS_ADVANCED},
+    {L"options_about", IDD_OPTIONS_ABOUT},
+};
+
+// Bound of the wait for a page to show, far beyond what a busy machine needs.
+constexpr ULONGLONG kPageShowLimitMs = 20000;
 
 struct CRun
 {
@@ -82,6 +94,34 @@ void Paint(HWND window)
     // Wine hands what was drawn to the screen while the thread waits.
     MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);
     DrainMessagesButTimers();
+}
+
+// Whether the sheet shows the page at index: its tab is selected, the
+// current page is that page's window, made from the page's own template, and
+// it is visible.
+bool ShowsPage(HWND sheet, int index)
+{
+    if (sheet == nullptr)
+        return false;
+    HWND page = CurrentPage(sheet);
+    const auto shownTemplate = SendMessageW(sheet, PSM_INDEXTOID, index, 0);
+    return TabCtrl_GetCurSel(PropSheet_GetTabControl(sheet)) == index && page != nullptr &&
+           page == reinterpret_cast<HWND>(SendMessageW(sheet, PSM_INDEXTOHWND, index, 0)) &&
+           shownTemplate == kPages[index].templateId && IsWindowVisible(page);
+}
+
+// Waits, within its bound, until the sheet shows the page at index.
+bool WaitForPage(HWND sheet, int index)
+{
+    const ULONGLONG end = GetTickCount64() + kPageShowLimitMs;
+    while (!ShowsPage(sheet, index))
+    {
+        if (GetTickCount64() >= end)
+            return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+        DrainMessagesButTimers();
+    }
+    return true;
 }
 
 // Saves the window's picture; checks the layout of dialog (when given).
@@ -175,18 +215,27 @@ HWND ShowPluginWindow(CMySubmittedListCtrl& list)
 void PictureTheSheet(HWND owner)
 {
     CDialogDriver driver;
-    for (int page = 0; page < static_cast<int>(std::size(kPageNames)); ++page)
+    for (int page = 0; page < static_cast<int>(std::size(kPages)); ++page)
     {
         driver.Then([page] { SendMessageW(FindDialog(kSheet), PSM_SETCURSEL, page, 0); });
         driver.Then([page] {
             HWND sheet = FindDialog(kSheet);
-            // The picture is named after the page it must show.
-            if (CurrentPageIndex(sheet) != page)
+            // The picture is named after the page it must show: it is taken,
+            // and its layout checked, only once the sheet shows that page.
+            if (!WaitForPage(sheet, page))
             {
-                player::WriteError(std::wstring(L"the sheet does not show ") + kPageNames[page]);
+                player::WriteError(std::wstring(L"the sheet does not show ") + kPages[page].name +
+                                   L"; no picture taken");
+                g_run.failed = true;
+                return;
+            }
+            Picture(sheet, kPages[page].name, CurrentPage(sheet));
+            if (!ShowsPage(sheet, page))
+            {
+                player::WriteError(std::wstring(L"the sheet left ") + kPages[page].name +
+                                   L" while its picture was taken");
                 g_run.failed = true;
             }
-            Picture(sheet, kPageNames[page], CurrentPage(sheet));
         });
     }
     driver.Then([] { SendMessageW(FindDialog(kSheet), PSM_SETCURSEL, 2, 0); });
