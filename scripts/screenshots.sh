@@ -61,6 +61,8 @@ screenshots_main() {
   mkdir -p "$outdir"
   for dpi in "${dpis[@]}"; do
     echo "=== $dpi DPI"
+    # No picture of an earlier run is left to pass for one of this run.
+    rm -f "$outdir"/*-"$dpi".png
     # Beside the pristine prefix: its files are hard links into it.
     local prefix
     prefix=$(mktemp -d "$(dirname "$pristine")/screenshots-prefix.XXXXXX") || return 2
