@@ -4,6 +4,9 @@
 // icon and playable with a double click or the Play button.
 
 #include <oaidl.h>
+#include <windows.h>
+
+#include <commctrl.h>
 
 #include <memory>
 #include <string>
@@ -43,6 +46,8 @@ protected:
 
 private:
     const CRecentTrack* TrackAt(int row) const;
+    // The image of a row the list asks for: the library icon or none.
+    void AnswerImage(NMLVDISPINFOW& request) const;
     void Play() const;
 
     IDispatch* m_automation;
