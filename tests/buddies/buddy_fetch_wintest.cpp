@@ -1,8 +1,8 @@
 // The buddy fetch and the two hot-key threads against the stand-in's feeds:
 // what is published and when, the progress texts, a failing or stopped
 // fetch, the buddy thread from its start to its dialog's end with a play
-// request reaching the player, and the recommendation thread that does
-// nothing anyone can see.
+// request reaching the player, and the recommendation thread that asks the
+// player for the track that plays and does nothing anyone can see.
 #include "buddies/buddy_fetch.h"
 #include "buddies/buddy_thread.h"
 #include "common/captured_messages.h"
@@ -223,12 +223,16 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     // The buddy thread reaches the player from its own apartment, through
     // this thread's message loop.
     ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+    // Every call the player answers, as "call MEMBER(ARGUMENTS) = ANSWER";
+    // written and read under the player's lock.
+    std::vector<std::wstring> calls;
     CSharedPlayer player(
         CPlayerModel({SongFile(7, L"Plain.mp3", L"Plain Artist", L"Plain Song"),
                       SongFile(8, L"Bj\u00f6rk - J\u00f3ga.mp3", L"Bj\u00f6rk", L"J\u00f3ga")},
-                     {0}, [](double, const std::wstring&) {}));
+                     {0}, [&calls](double, const std::wstring& text) { calls.push_back(text); }));
+    player.Access()->Play(0);
     CRefLedger ledger;
-    CAutomationContext context{player, ledger, false};
+    CAutomationContext context{player, ledger, true};
     auto automation = CComPtr<IDispatch>::Adopt(CreateAutomation(context));
     HWND window = CreateTestWindow(L"BuddyThreadPluginWindow", PluginWindowProc);
     SetPluginWindow(window);
@@ -241,11 +245,26 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
         DestroyWindow(static_cast<HWND>(plugin));
     });
 
-    // The recommendation thread looks at the player and shows and sends nothing.
+    // The recommendation thread looks at the track that plays (the current
+    // playlist, its index and that file) and shows and sends nothing.
+    player.Access()->Event(L"recommendation thread");
     StartRecommendationThread();
     AwaitThreadsEnd();
     EXPECT_EQ(JournalCount("feed"), 0u);
     EXPECT_TRUE(TakeCapturedMessages().empty());
+    {
+        const auto access = player.Access();
+        const auto start = std::find(calls.begin(), calls.end(), L"recommendation thread");
+        std::vector<std::wstring> members;
+        for (auto call = start; call != calls.end(); ++call)
+            if (call->rfind(L"call ", 0) == 0)
+                members.push_back(call->substr(5, call->find(L" = ") - 5));
+        for (const wchar_t* member :
+             {L"automation 3", L"playlist 4", L"playlist 1", L"playlist 5(0)", L"file 3"})
+            EXPECT_TRUE(std::find(members.begin(), members.end(), member) != members.end())
+                << "the player was asked for " << testing::PrintToString(std::wstring(member))
+                << "; it was asked for " << testing::PrintToString(members);
+    }
 
     // The buddy thread: alice, shown first, has non-Latin names in her UTF-8
     // feed, which read right on a Western system and find her first track in
