@@ -247,6 +247,19 @@ TEST_F(BuddyDialog, ErrorAnswersEmptyBuddiesAndReselection)
         EXPECT_TRUE(Rows().empty());
         for (int column = 0; column < 3; ++column)
             EXPECT_EQ(ListView_GetColumnWidth(Tracks(), column), 100) << column;
+        ChooseBuddy(1);
+    });
+    driver.Then([this] {
+        EXPECT_TRUE(Rows().empty()) << "shown again, the error answer fails again";
+        EXPECT_EQ(list->buddies[1]->rawRecentTracks, L"Error: User not found");
+        // Chosen once more, the buddy is parsed once more: now its answer
+        // holds a track, which shows.
+        list->buddies[1]->rawRecentTracks = Feed(Track(L"Other", L"Song"));
+        ChooseBuddy(1);
+    });
+    driver.Then([this] {
+        EXPECT_EQ(Rows(), std::vector<std::wstring>{L"Other|0"});
+        EXPECT_TRUE(list->buddies[1]->rawRecentTracks.empty());
         ChooseBuddy(0);
     });
     driver.Then([] {
