@@ -49,7 +49,6 @@ void CTabBuddyTracks::SetBuddy(CountedHandle<CBuddy> buddy)
     ListView_DeleteAllItems(list);
     if (!m_buddy)
         return;
-    if (!m_buddy->rawRecentTracks.empty())
     {
         const CWaitCursor wait;
         m_buddy->ParseRecentTracks(m_automation);

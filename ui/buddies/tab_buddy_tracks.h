@@ -34,9 +34,9 @@ public:
     // the caller keeps it alive.
     explicit CTabBuddyTracks(IDispatch* automation);
 
-    // Shows the buddy's tracks, parsing its raw answer the first time. An
-    // answer that begins with "Error:" raises CBuddyFeedError, leaving the
-    // list empty.
+    // Shows the buddy's tracks, parsing its raw answer the first time (or
+    // waiting for another thread's parse of it). An answer that begins with
+    // "Error:" raises CBuddyFeedError, leaving the list empty.
     void SetBuddy(CountedHandle<CBuddy> buddy) override;
 
 protected:
