@@ -121,6 +121,8 @@ protected:
         PublishBuddyList(earlier);
         return earlier;
     }
+    // What a fetch reads of the settings, as the buddy thread copies it.
+    static CBuddyFetchSettings FetchSettings() { return MakeBuddyFetchSettings(Settings()); }
     std::wstring ProgressText(const CDlgStatus& progress)
     {
         return progress.ItemText(IDC_STATUS_TEXT);
@@ -133,7 +135,7 @@ TEST_F(BuddyFetch, PublishesEveryFriendWithTheRawFeeds)
 {
     CDlgStatus progress;
     ASSERT_TRUE(progress.Create(nullptr));
-    FetchAll(progress);
+    FetchAll(FetchSettings(), progress);
     const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
     EXPECT_EQ(NamesOf(list), kTesterFriends);
     ASSERT_TRUE(list);
@@ -155,7 +157,7 @@ TEST_F(BuddyFetch, FeedsAreReadAsUtf8WholeAndOtherTextInTheAnsiCodePage)
     Script(L"feed=ok&feed=raw:" + std::wstring(32766, L'a') + L"%5Cxc3%5Cxa9&feed=raw:caf%5Cxe9");
     CDlgStatus progress;
     ASSERT_TRUE(progress.Create(nullptr));
-    FetchAll(progress);
+    FetchAll(FetchSettings(), progress);
     const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
     ASSERT_EQ(NamesOf(list), kTesterFriends);
     EXPECT_EQ(list->buddies[0]->rawRecentTracks, std::wstring(32766, L'a') + L"\u00e9");
@@ -170,7 +172,7 @@ TEST_F(BuddyFetch, NothingFetchedLeavesTheEarlierList)
     ASSERT_TRUE(progress.Create(nullptr));
     // A user without friends: only the friends feed is asked for.
     Settings().UserName = L"loner";
-    FetchAll(progress);
+    FetchAll(FetchSettings(), progress);
     EXPECT_EQ(CurrentBuddyList(), earlier);
     EXPECT_EQ(JournalCount("feed"), 1u);
     EXPECT_EQ(ProgressText(progress), L"Fetching buddies ...");
@@ -179,7 +181,7 @@ TEST_F(BuddyFetch, NothingFetchedLeavesTheEarlierList)
     // failure is logged, and nothing is published.
     Settings().UserName = L"tester";
     Settings().RecentTracksUrl = L"http://127.0.0.1:1/1.0/user/%s/recenttracks.xml";
-    FetchAll(progress);
+    FetchAll(FetchSettings(), progress);
     EXPECT_EQ(CurrentBuddyList(), earlier) << "a fetch that got no tracks publishes nothing";
     const std::vector<std::wstring> texts = StatusTexts();
     EXPECT_EQ(std::count(texts.begin(), texts.end(),
@@ -198,7 +200,7 @@ TEST_F(BuddyFetch, ShutdownStopsTheLoopAtTheBuddyBeingFetched)
     std::thread fetching([&done] {
         CDlgStatus progress;
         progress.Create(nullptr);
-        FetchAll(progress);
+        FetchAll(FetchSettings(), progress);
         done = true;
     });
     const bool asked = WaitFor([] { return JournalCount("feed") == 2; }, kThreadStepMs);
@@ -216,6 +218,33 @@ TEST_F(BuddyFetch, ShutdownStopsTheLoopAtTheBuddyBeingFetched)
     EXPECT_EQ(JournalCount("feed"), 2u) << "no friend after alice was asked for";
     EXPECT_EQ(CurrentBuddyList(), earlier);
     EXPECT_TRUE(StatusLogHas(L"Shutdown requested while trying to connect to:"));
+}
+
+// The buddy thread reads a copy of the settings taken when it was made: the
+// options sheet may change them while the friends feed is still held by the
+// service, and the rest of the fetch goes on with the values it started with.
+TEST_F(BuddyFetch, TheBuddyThreadFetchesWithTheSettingsItStartedWith)
+{
+    Script(L"feed=hold");
+    StartBuddyThread();
+    Settings().UserName = L"loner";
+    Settings().BuddiesUrl = StandinBase() + L"/1.0/user/%s/changed/friends.xml";
+    Settings().RecentTracksUrl = StandinBase() + L"/1.0/user/changed-%s/recenttracks.xml";
+    Settings().AgentName = L"Changed Agent";
+    ASSERT_TRUE(ControlStandin(L"release"));
+    HWND dialog = nullptr;
+    PumpUntil(
+        [&dialog] { return (dialog = FindWindowW(nullptr, L"Friend Information")) != nullptr; },
+        kThreadStepMs);
+    PostMessageW(dialog, WM_CLOSE, 0, 0);
+    AwaitThreadsEnd();
+    ASSERT_NE(dialog, nullptr) << "the fetched list is shown";
+    std::vector<std::string> expected = {"/1.0/user/tester/friends.xml"};
+    for (const std::wstring& name : kTesterFriends)
+        expected.push_back("/1.0/user/" + std::string(name.begin(), name.end()) +
+                           "/recenttracks.xml");
+    EXPECT_EQ(JournalPaths("feed"), expected);
+    EXPECT_EQ(NamesOf(CurrentBuddyList()), kTesterFriends);
 }
 
 TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
