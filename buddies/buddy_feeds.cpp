@@ -26,11 +26,11 @@ bool LocalTime(std::time_t time, std::tm& local)
 }
 
 // value as decimal digits, at least width of them (zeros in front).
-void AppendNumber(long long value, int width, wchar_t pad, std::wstring& out)
+void AppendNumber(long long value, int width, std::wstring& out)
 {
     const std::wstring digits = std::to_wstring(value);
     for (int i = static_cast<int>(digits.size()); i < width; ++i)
-        out += pad;
+        out += L'0';
     out += digits;
 }
 
@@ -142,15 +142,15 @@ std::wstring WhenText(long long utsSeconds)
     text += L' ';
     text += kMonths[local.tm_mon];
     text += L' ';
-    AppendNumber(local.tm_mday, 2, L' ', text);
+    AppendNumber(local.tm_mday, 2, text);
     text += L' ';
-    AppendNumber(local.tm_hour, 2, L'0', text);
+    AppendNumber(local.tm_hour, 2, text);
     text += L':';
-    AppendNumber(local.tm_min, 2, L'0', text);
+    AppendNumber(local.tm_min, 2, text);
     text += L':';
-    AppendNumber(local.tm_sec, 2, L'0', text);
+    AppendNumber(local.tm_sec, 2, text);
     text += L' ';
-    AppendNumber(static_cast<long long>(local.tm_year) + 1900, 0, L'0', text);
+    AppendNumber(static_cast<long long>(local.tm_year) + 1900, 0, text);
     return text;
 }
 

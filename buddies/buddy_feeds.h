@@ -43,9 +43,10 @@ std::vector<CParsedRecentTrack> ParseRecentTracks(std::wstring_view document);
 // character; no digits give 0, and a number out of range is clamped.
 long long UtsSeconds(std::wstring_view text);
 
-// The local time of the instant as the C library's fixed calendar-time
-// text, "Www Mmm dd hh:mm:ss yyyy" (the day padded with a blank), without
-// trailing white space; empty when the C library cannot convert the time.
+// The local time of the instant as the Windows C library's asctime writes
+// it, "Www Mmm dd hh:mm:ss yyyy" (the day with a leading zero, "Jan 01"),
+// without trailing white space; empty when the C library cannot convert the
+// time. The fields are written here, so a native build gives the same text.
 std::wstring WhenText(long long utsSeconds);
 
 } // namespace cvas

@@ -1,9 +1,9 @@
 #include "buddies/buddy_fetch.h"
 
 #include "buddies/buddy_feeds.h"
-#include "plugin/module_state.h"
 #include "scrobbler/engine_state.h"
 #include "scrobbler/open_url.h"
+#include "settings/settings_values.h"
 #include "support/wide_format.h"
 #include "ui/dlg_status.h"
 
@@ -13,8 +13,6 @@ namespace cvas
 {
 namespace
 {
-
-constexpr DWORD kFetchTimeoutMs = 30000;
 
 constexpr std::size_t kProgressChars = 1024;
 
@@ -30,9 +28,10 @@ std::wstring FeedUrl(std::wstring format, const std::wstring& user)
 }
 
 // Opens url; on success the whole answer is in text.
-bool Fetch(const std::wstring& url, std::unique_ptr<COpenURL>& transport, std::wstring& text)
+bool Fetch(const CBuddyFetchSettings& settings, const std::wstring& url,
+           std::unique_ptr<COpenURL>& transport, std::wstring& text)
 {
-    if (!COpenURL::Open(Settings().AgentName, url, kFetchTimeoutMs, EventShutdown(), transport))
+    if (!COpenURL::Open(settings.agentName, url, settings.timeoutMs, EventShutdown(), transport))
         return false;
     text = transport->ReadAll();
     return true;
@@ -40,13 +39,23 @@ bool Fetch(const std::wstring& url, std::unique_ptr<COpenURL>& transport, std::w
 
 } // namespace
 
-void FetchBuddies(CDlgStatus& progress, CBuddyInfo& list)
+CBuddyFetchSettings MakeBuddyFetchSettings(const CSettingsValues& values)
+{
+    CBuddyFetchSettings settings;
+    settings.agentName = values.AgentName;
+    settings.buddiesUrl = values.BuddiesUrl;
+    settings.userName = values.UserName;
+    settings.recentTracksUrl = values.RecentTracksUrl;
+    return settings;
+}
+
+void FetchBuddies(const CBuddyFetchSettings& settings, CDlgStatus& progress, CBuddyInfo& list)
 {
     progress.SetProgressText(L"Fetching buddies ...");
     list.buddies.clear();
     std::unique_ptr<COpenURL> transport;
     std::wstring answer;
-    if (!Fetch(FeedUrl(Settings().BuddiesUrl, Settings().UserName), transport, answer) ||
+    if (!Fetch(settings, FeedUrl(settings.buddiesUrl, settings.userName), transport, answer) ||
         answer.empty())
         return;
     for (std::wstring& name : ParseFriendNames(answer))
@@ -57,17 +66,17 @@ void FetchBuddies(CDlgStatus& progress, CBuddyInfo& list)
     }
 }
 
-void FetchAll(CDlgStatus& progress)
+void FetchAll(const CBuddyFetchSettings& settings, CDlgStatus& progress)
 {
     auto list = std::make_shared<CBuddyInfo>();
-    FetchBuddies(progress, *list);
+    FetchBuddies(settings, progress, *list);
     bool anyFetched = false;
     for (const CountedHandle<CBuddy>& buddy : list->buddies)
     {
         progress.SetProgressText(
             FormatWide(kProgressChars, L"Processing %ls ...", buddy->name.c_str()));
         std::unique_ptr<COpenURL> transport;
-        if (Fetch(FeedUrl(Settings().RecentTracksUrl, buddy->name), transport,
+        if (Fetch(settings, FeedUrl(settings.recentTracksUrl, buddy->name), transport,
                   buddy->rawRecentTracks))
         {
             anyFetched = true;

@@ -25,8 +25,16 @@ CountedHandle<CBuddyInfo>& Current()
 
 void CBuddy::ParseRecentTracks(IDispatch* automation)
 {
+    CLock lock(m_parseLock);
+    if (rawRecentTracks.empty())
+        return;
     if (IsErrorAnswer(rawRecentTracks))
         throw CBuddyFeedError();
+    // Made apart and put in place at the end, so that a parse that throws
+    // half-way leaves the buddy raw, and one entered again on this thread
+    // (the lock lets it in) while a library call handles messages cannot
+    // leave its tracks twice.
+    std::vector<CountedHandle<CRecentTrack>> tracks;
     for (const CParsedRecentTrack& parsed : ::cvas::ParseRecentTracks(rawRecentTracks))
     {
         auto track = std::make_shared<CRecentTrack>();
@@ -40,8 +48,9 @@ void CBuddy::ParseRecentTracks(IDispatch* automation)
             track->libraryFileName = match.fileName;
             track->libraryKey = match.key;
         }
-        recentTracks.push_back(std::move(track));
+        tracks.push_back(std::move(track));
     }
+    recentTracks = std::move(tracks);
     rawRecentTracks.clear();
 }
 

@@ -2,7 +2,7 @@
 // The buddies of one fetch and their recent tracks. A buddy keeps the raw
 // answer of its recent-tracks feed until it is first shown; then it is
 // parsed, matched against the player's library, and emptied, so that a
-// buddy is parsed at most once.
+// buddy is parsed at most once, even when two dialogs show it at once.
 
 #include <oaidl.h>
 
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/counted_handle.h"
+#include "support/critical_section.h"
 
 namespace cvas
 {
@@ -37,15 +38,22 @@ class CBuddy
 public:
     virtual ~CBuddy() = default;
 
-    // Turns the raw answer into recent tracks, each matched in the library
+    // Turns a raw answer into recent tracks, each matched in the library
     // through automation (no match when it is null), then empties the raw
-    // answer. An answer that begins with "Error:" raises CBuddyFeedError
-    // and leaves the buddy as it was.
+    // answer; a buddy without one is left as it is. It runs under the
+    // buddy's lock: of two threads that show the buddy at once, one parses
+    // and the other waits, then finds the tracks. An answer that begins
+    // with "Error:" raises CBuddyFeedError and leaves the buddy as it was.
     void ParseRecentTracks(IDispatch* automation);
 
     std::wstring name;
+    // Once the buddy is published, the two below change only in
+    // ParseRecentTracks; the tracks are read after it has returned.
     std::vector<CountedHandle<CRecentTrack>> recentTracks;
     std::wstring rawRecentTracks;
+
+private:
+    CCriticalSection m_parseLock;
 };
 
 class CBuddyInfo

@@ -95,11 +95,16 @@ private:
 
 class CBuddyThread : public CPlayerThreadWork
 {
+public:
+    // On the UI thread, where the options sheet changes the settings.
+    CBuddyThread() : m_settings(MakeBuddyFetchSettings(Settings())) {}
+
+private:
     void RunWith(IDispatch* automation) override
     {
         CDlgStatus progress;
         progress.Create(nullptr);
-        FetchAll(progress);
+        FetchAll(m_settings, progress);
         // The current list, which after a fetch that got nothing is that of
         // an earlier one.
         const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
@@ -112,6 +117,8 @@ class CBuddyThread : public CPlayerThreadWork
         CDlgBuddies dialog(list, automation);
         dialog.DoModal(PluginWindow());
     }
+
+    const CBuddyFetchSettings m_settings;
 };
 
 class CRecommendationThread : public CPlayerThreadWork

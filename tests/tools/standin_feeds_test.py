@@ -7,6 +7,8 @@ import socket
 import subprocess
 import sys
 import tempfile
+import threading
+import time
 import unittest
 import urllib.error
 import urllib.request
@@ -99,6 +101,29 @@ class StandInFeedsTest(unittest.TestCase):
         requests = [json.loads(line) for line in self.get("/control/requests").splitlines()]
         actions = [entry["action"] for entry in requests if entry["kind"] == "feed"]
         self.assertEqual(actions, ["delay:0.1", "huge", "drop", "hang", "ok"])
+
+    def test_a_held_feed_is_answered_once_released(self):
+        self.get("/control/reset")
+        self.get("/control/script?feed=hold&feed=hold")
+        # A release that comes first is kept for the next held request.
+        self.get("/control/release")
+        self.assertEqual(len(self.tracks("erin")), 2)
+        answers = []
+        held = threading.Thread(target=lambda: answers.append(self.feed("erin", "recenttracks")))
+        held.start()
+        try:
+            deadline = time.monotonic() + 60
+            while len(self.journal_entries()) < 2 and time.monotonic() < deadline:
+                time.sleep(0.05)
+            self.assertEqual(len(self.journal_entries()), 2, "the held request came")
+            self.assertTrue(held.is_alive(), "held until released")
+            self.assertEqual(len(self.tracks("carol")), 0, "a held request blocks nothing else")
+        finally:
+            self.get("/control/release")
+            held.join(TIMEOUT)
+        self.assertIn(b"Plain Artist", answers[0])
+        actions = [entry["action"] for entry in self.journal_entries()]
+        self.assertEqual(actions, ["hold", "hold", "ok"], "the held request was the second")
 
     def test_a_fixture_folder_of_its_own(self):
         feeds = os.path.join(self.folder.name, "feeds", "zoë")

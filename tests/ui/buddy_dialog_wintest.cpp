@@ -206,6 +206,34 @@ TEST_F(BuddyDialog, ShowsTheFirstBuddyAndPlaysOnlyTracksInTheLibrary)
         << "the player got the file";
 }
 
+// A row without a library match keeps the image value -1, which the list
+// control takes as "ask the parent"; asked, the page answers -1, no image of
+// the list, so that nothing is drawn whatever the request held.
+TEST_F(BuddyDialog, RowsWithoutAMatchShowNoImage)
+{
+    driver.Then([] {
+        ASSERT_EQ(Rows(),
+                  (std::vector<std::wstring>{L"Björk|0", L"Nobody|-1", L"The [Bracket] Band|-1"}));
+        std::vector<int> answers;
+        for (int row = 0; row < 3; ++row)
+        {
+            NMLVDISPINFOW request{};
+            request.hdr.hwndFrom = Tracks();
+            request.hdr.idFrom = IDC_BUDDY_TRACKS;
+            request.hdr.code = LVN_GETDISPINFOW;
+            request.item.mask = LVIF_IMAGE;
+            request.item.iItem = row;
+            request.item.iImage = 0; // the library icon, unless the page answers
+            SendMessageW(TracksPage(), WM_NOTIFY, IDC_BUDDY_TRACKS,
+                         reinterpret_cast<LPARAM>(&request));
+            answers.push_back(request.item.iImage);
+        }
+        EXPECT_EQ(answers, (std::vector<int>{0, -1, -1}));
+        Click(Dialog(), IDOK);
+    });
+    EXPECT_EQ(Open(), IDOK);
+}
+
 TEST_F(BuddyDialog, ErrorAnswersEmptyBuddiesAndReselection)
 {
     driver.Then([] { ChooseBuddy(1); });
@@ -219,6 +247,19 @@ TEST_F(BuddyDialog, ErrorAnswersEmptyBuddiesAndReselection)
         EXPECT_TRUE(Rows().empty());
         for (int column = 0; column < 3; ++column)
             EXPECT_EQ(ListView_GetColumnWidth(Tracks(), column), 100) << column;
+        ChooseBuddy(1);
+    });
+    driver.Then([this] {
+        EXPECT_TRUE(Rows().empty()) << "shown again, the error answer fails again";
+        EXPECT_EQ(list->buddies[1]->rawRecentTracks, L"Error: User not found");
+        // Chosen once more, the buddy is parsed once more: now its answer
+        // holds a track, which shows.
+        list->buddies[1]->rawRecentTracks = Feed(Track(L"Other", L"Song"));
+        ChooseBuddy(1);
+    });
+    driver.Then([this] {
+        EXPECT_EQ(Rows(), std::vector<std::wstring>{L"Other|0"});
+        EXPECT_TRUE(list->buddies[1]->rawRecentTracks.empty());
         ChooseBuddy(0);
     });
     driver.Then([] {

@@ -37,8 +37,8 @@ nothing with the plug-in, so that one mistake cannot hide on both sides.
 Scripted answers are consumed one per request, in order, separately for
 handshakes, for submissions and for feed requests; when a list runs dry the
 service behaves. A feed request takes the actions common to every route
-(delay, hang, stall, drop, huge, binary, raw, html, failed, badauth, baduser,
-badsession); any other word gives the normal answer.
+(delay, hold, hang, stall, drop, huge, binary, raw, html, failed, badauth,
+baduser, badsession); any other word gives the normal answer.
 An action is a word, some with an argument after a colon:
 
   ok             the normal answer
@@ -59,6 +59,8 @@ An action is a word, some with an argument after a colon:
   interval:N     the normal answer followed by "INTERVAL N"
   ok-late        submission: "OK" on a line after another line
   delay:SECONDS  wait, then give the normal answer
+  hold           wait for a release (/control/release), then give the normal
+                 answer; never answered when the service stops first
   hang           accept the request and never answer
   stall:SECONDS  send the headers of an answer, then no body: the connection
                  closes after SECONDS (never, without a number)
@@ -72,6 +74,8 @@ The control endpoint (GET, query parameters):
   /control/script?handshake=A&submit=B&feed=C
                                       append actions (each parameter repeatable)
   /control/user?name=N&password=P     add or change a user
+  /control/release                    let one held request go; a release that
+                                      comes before its request is kept for it
   /control/requests                   every request so far, one JSON object a line
 
 The web-service feeds (GET), answered from the fixture folder (--feeds,
@@ -140,6 +144,7 @@ class ServiceState:
         self.journal_path = journal_path
         self.feeds_folder = feeds_folder
         self.stopping = threading.Event()
+        self.releases = threading.Semaphore(0)  # one for each held request to let go
         self._truncate_files()
 
     def _truncate_files(self):
@@ -154,6 +159,7 @@ class ServiceState:
             self.plays.clear()
             self.scripts = {kind: [] for kind in SCRIPTED_KINDS}
             self.requests.clear()
+            self.releases = threading.Semaphore(0)
             self._truncate_files()
 
     def next_action(self, kind):
@@ -289,6 +295,13 @@ class Handler(BaseHTTPRequestHandler):
             if self.state.stopping.wait(float(argument or "1")):
                 return True
             return False
+        if word == "hold":
+            releases = self.state.releases
+            while not self.state.stopping.is_set():
+                if releases.acquire(timeout=0.1):
+                    return False
+            self.close_connection = True
+            return True
         if word == "hang":
             self.state.stopping.wait()
             self.close_connection = True
@@ -464,6 +477,8 @@ class Handler(BaseHTTPRequestHandler):
         elif command == "script":
             for kind in SCRIPTED_KINDS:
                 self.state.add_actions(kind, query.get(kind, []))
+        elif command == "release":
+            self.state.releases.release()
         elif command == "user":
             with self.state.lock:
                 self.state.users[query.get("name", [""])[0]] = query.get("password", [""])[0]

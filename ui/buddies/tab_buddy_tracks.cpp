@@ -16,6 +16,8 @@ namespace
 
 constexpr int kEmptyColumnWidth = 100;
 constexpr int kColumns = 3;
+// The image of a row without a library match.
+constexpr int kNoImage = -1;
 
 } // namespace
 
@@ -47,7 +49,6 @@ void CTabBuddyTracks::SetBuddy(CountedHandle<CBuddy> buddy)
     ListView_DeleteAllItems(list);
     if (!m_buddy)
         return;
-    if (!m_buddy->rawRecentTracks.empty())
     {
         const CWaitCursor wait;
         m_buddy->ParseRecentTracks(m_automation);
@@ -59,7 +60,8 @@ void CTabBuddyTracks::SetBuddy(CountedHandle<CBuddy> buddy)
         item.mask = LVIF_TEXT | LVIF_IMAGE;
         item.iItem = view.Count();
         item.pszText = const_cast<wchar_t*>(track->artist.c_str());
-        item.iImage = track->libraryFileName.empty() ? -1 : 0;
+        // kNoImage: answered when the list asks (AnswerImage).
+        item.iImage = track->libraryFileName.empty() ? kNoImage : 0;
         const int row = ListView_InsertItem(list, &item);
         view.SetText(row, 1, track->name);
         view.SetText(row, 2, track->when);
@@ -88,6 +90,12 @@ bool CTabBuddyTracks::OnCommand(int id, int code)
 
 bool CTabBuddyTracks::OnNotify(const NMHDR& header, LRESULT& result)
 {
+    if (header.idFrom == IDC_BUDDY_TRACKS && header.code == LVN_GETDISPINFOW)
+    {
+        AnswerImage(const_cast<NMLVDISPINFOW&>(reinterpret_cast<const NMLVDISPINFOW&>(header)));
+        result = 0;
+        return true;
+    }
     if (header.idFrom != IDC_BUDDY_TRACKS || (header.code != NM_CLICK && header.code != NM_DBLCLK))
         return false;
     const int row = reinterpret_cast<const NMITEMACTIVATE&>(header).iItem;
@@ -99,6 +107,19 @@ bool CTabBuddyTracks::OnNotify(const NMHDR& header, LRESULT& result)
         Play();
     result = 0;
     return true;
+}
+
+void CTabBuddyTracks::AnswerImage(NMLVDISPINFOW& request) const
+{
+    // A row without a match is inserted with image -1, which the list takes
+    // as "ask the parent"; left unanswered, the list may draw whatever image
+    // the request held. The answer is -1 again: no image of the list has it,
+    // so nothing is drawn, and a read of the row (which asks too) gives the
+    // row's own value, where I_IMAGENONE would read -2.
+    if ((request.item.mask & LVIF_IMAGE) == 0)
+        return;
+    const CRecentTrack* track = TrackAt(request.item.iItem);
+    request.item.iImage = track != nullptr && !track->libraryFileName.empty() ? 0 : kNoImage;
 }
 
 void CTabBuddyTracks::Play() const

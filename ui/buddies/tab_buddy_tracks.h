@@ -4,6 +4,9 @@
 // icon and playable with a double click or the Play button.
 
 #include <oaidl.h>
+#include <windows.h>
+
+#include <commctrl.h>
 
 #include <memory>
 #include <string>
@@ -31,9 +34,9 @@ public:
     // the caller keeps it alive.
     explicit CTabBuddyTracks(IDispatch* automation);
 
-    // Shows the buddy's tracks, parsing its raw answer the first time. An
-    // answer that begins with "Error:" raises CBuddyFeedError, leaving the
-    // list empty.
+    // Shows the buddy's tracks, parsing its raw answer the first time (or
+    // waiting for another thread's parse of it). An answer that begins with
+    // "Error:" raises CBuddyFeedError, leaving the list empty.
     void SetBuddy(CountedHandle<CBuddy> buddy) override;
 
 protected:
@@ -43,6 +46,8 @@ protected:
 
 private:
     const CRecentTrack* TrackAt(int row) const;
+    // The image of a row the list asks for: the library icon or none.
+    void AnswerImage(NMLVDISPINFOW& request) const;
     void Play() const;
 
     IDispatch* m_automation;
