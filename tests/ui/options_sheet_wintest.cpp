@@ -312,6 +312,7 @@ TEST_F(OptionsSheet, ModifyAfterAMoveTakesThePagesEntryAtThatPosition)
         HWND dialog = FindDialog(L"Modify Replacement");
         ASSERT_NE(dialog, nullptr);
         EXPECT_EQ(TextOf(dialog, IDC_REPLACE_THIS), L"ABBA");
+        EXPECT_EQ(TextOf(dialog, IDC_WITH_THIS), L"Abba") << "both texts are filled in";
         EXPECT_TRUE(IsEnabled(dialog, IDOK));
         Type(dialog, IDC_WITH_THIS, L"ABBA!");
         Click(dialog, IDOK);

@@ -29,6 +29,7 @@ void CDlgReplacement::DoDataExchange(CDataExchange& exchange)
 bool CDlgReplacement::OnInitDialog()
 {
     CDialog::OnInitDialog();
+    m_filled = true;
     const bool adding = thisText.empty();
     SetWindowTextW(Window(), adding ? L"Add Replacement" : L"Modify Replacement");
     EnableItem(IDOK, !adding);
@@ -39,6 +40,8 @@ bool CDlgReplacement::OnCommand(int id, int code)
 {
     if (id == IDC_REPLACE_THIS && code == EN_CHANGE)
     {
+        if (!m_filled)
+            return true;
         // Blanks alone are no text to replace; what OK takes is the text
         // as typed.
         UpdateData(true);

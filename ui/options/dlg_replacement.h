@@ -22,6 +22,11 @@ protected:
     void DoDataExchange(CDataExchange& exchange) override;
     bool OnInitDialog() override;
     bool OnCommand(int id, int code) override;
+
+private:
+    // Set once the controls hold both texts: the change that filling edit
+    // 216 causes must not read edit 223 while it is still empty.
+    bool m_filled = false;
 };
 
 } // namespace cvas
