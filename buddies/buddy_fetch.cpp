@@ -27,14 +27,15 @@ std::wstring FeedUrl(std::wstring format, const std::wstring& user)
     return format;
 }
 
-// Opens url; on success the whole answer is in text.
+// Opens url and reads the whole answer into text; false when either failed
+// or was given up on (the transport tells why). The thread owns the
+// progress window, whose messages are handled while it waits.
 bool Fetch(const CBuddyFetchSettings& settings, const std::wstring& url,
            std::unique_ptr<COpenURL>& transport, std::wstring& text)
 {
-    if (!COpenURL::Open(settings.agentName, url, settings.timeoutMs, EventShutdown(), transport))
-        return false;
-    text = transport->ReadAll();
-    return true;
+    return COpenURL::Open(settings.agentName, url, settings.timeoutMs, EventShutdown(),
+                          WaitKind::PumpMessages, transport) &&
+           transport->ReadAll(settings.timeoutMs, EventShutdown(), WaitKind::PumpMessages, text);
 }
 
 } // namespace
@@ -83,7 +84,7 @@ void FetchAll(const CBuddyFetchSettings& settings, CDlgStatus& progress)
             continue;
         }
         transport->ReportFailure();
-        if (transport->Status() == COpenURL::kShutdownRequested)
+        if (transport->ShutdownRequested())
             break;
     }
     if (anyFetched)

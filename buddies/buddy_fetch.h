@@ -1,7 +1,9 @@
 #pragma once
 // The fetch of the user's buddies and of each buddy's recent tracks from the
-// web service, one request at a time, each bounded by 30 seconds and given up
-// when EventShutdown is set. The recent tracks stay raw until shown.
+// web service, one request at a time, its open and its read each bounded by
+// 30 seconds and given up when EventShutdown is set. The thread that fetches
+// owns the progress window and handles its messages while it waits. The
+// recent tracks stay raw until shown.
 
 #include <windows.h>
 

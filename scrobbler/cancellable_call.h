@@ -1,15 +1,18 @@
 #pragma once
 // Runs a blocking WinINet call on a module thread of its own while the
 // calling thread keeps control: it waits for that thread, for the shutdown
-// event or for a time-out, whichever comes first. A thread that has not
-// finished is given up on, never killed: the waiting side closes the WinINet
-// handles it uses (on Windows that aborts the blocked call) and goes on,
-// while the thread ends by itself, within WinINet's own time-outs at most.
+// event or for a time-out, whichever comes first, handling its messages
+// meanwhile when the caller asks for it (a thread with windows). A thread
+// that has not finished is given up on, never killed: the waiting side
+// closes the WinINet handles it uses (on Windows that aborts the blocked
+// call) and goes on, while the thread ends by itself, within WinINet's own
+// time-outs at most.
 
 #include <windows.h>
 
 #include <memory>
 
+#include "support/message_wait.h"
 #include "support/module_thread.h"
 
 namespace cvas
@@ -35,6 +38,6 @@ enum class CallEnd
 // Starts work on a new thread and waits. Only after Finished has the work's
 // thread finished with it.
 CallEnd RunCancellableCall(const std::shared_ptr<CCancellableWork>& work, DWORD timeoutMs,
-                           HANDLE shutdown, DWORD& error);
+                           HANDLE shutdown, WaitKind wait, DWORD& error);
 
 } // namespace cvas

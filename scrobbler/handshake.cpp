@@ -18,8 +18,9 @@ HandshakeResult Handshake(const CSubmissionSettings& settings, HANDLE shutdown,
         StatusLog(0, L"Could not connect to the internet!");
         return HandshakeResult::NoConnection;
     }
+    // On the submission worker, which owns no windows.
     if (!COpenURL::Open(settings.agentName, settings.handshakeUrl, settings.connectTimeoutMs,
-                        shutdown, transport))
+                        shutdown, WaitKind::Plain, transport))
     {
         transport->ReportFailure();
         return HandshakeResult::NoConnection;

@@ -56,6 +56,38 @@ private:
     std::atomic<DWORD> m_error{0};
 };
 
+// The read thread's work: the answer goes into a body of its own.
+class CReadCall : public CCancellableWork
+{
+public:
+    explicit CReadCall(std::shared_ptr<CSharedInternetHandles> handles)
+        : m_handles(std::move(handles))
+    {
+    }
+
+    void Run() override
+    {
+        std::vector<char> chunk(kResponseReadBytes + 1);
+        DWORD read = 0;
+        const HINTERNET request = m_handles->Get(CSharedInternetHandles::kRequest);
+        while (InternetReadFile(request, chunk.data(), kResponseReadBytes, &read) && read > 0)
+        {
+            chunk[read] = '\0';
+            // Each chunk is 8-bit text: it ends at its first NUL.
+            m_body += std::string_view(chunk.data());
+        }
+    }
+
+    void GiveUp() override { m_handles->Close(); }
+
+    // Only once Run() has returned.
+    const std::string& Body() const { return m_body; }
+
+private:
+    const std::shared_ptr<CSharedInternetHandles> m_handles;
+    std::string m_body;
+};
+
 } // namespace
 
 void SetInternetTimeouts(HINTERNET session, DWORD timeoutMs)
@@ -80,13 +112,13 @@ COpenURL::~COpenURL()
 }
 
 bool COpenURL::Open(const std::wstring& agent, const std::wstring& url, DWORD timeoutMs,
-                    HANDLE shutdown, std::unique_ptr<COpenURL>& holder)
+                    HANDLE shutdown, WaitKind wait, std::unique_ptr<COpenURL>& holder)
 {
     holder = std::make_unique<COpenURL>(agent, url);
     COpenURL& transport = *holder;
     const auto call = std::make_shared<CConnectCall>(agent, url, timeoutMs, transport.m_handles);
     DWORD threadError = 0;
-    switch (RunCancellableCall(call, timeoutMs, shutdown, threadError))
+    switch (RunCancellableCall(call, timeoutMs, shutdown, wait, threadError))
     {
     case CallEnd::Finished:
         transport.m_error = call->Error();
@@ -106,21 +138,30 @@ bool COpenURL::Open(const std::wstring& agent, const std::wstring& url, DWORD ti
     return transport.m_status == kConnected;
 }
 
-std::wstring COpenURL::ReadAll()
+bool COpenURL::ReadAll(DWORD timeoutMs, HANDLE shutdown, WaitKind wait, std::wstring& text)
 {
-    std::string body;
-    std::vector<char> chunk(kResponseReadBytes + 1);
-    DWORD read = 0;
-    const HINTERNET request = Request();
-    while (InternetReadFile(request, chunk.data(), kResponseReadBytes, &read) && read > 0)
+    const auto call = std::make_shared<CReadCall>(m_handles);
+    DWORD threadError = 0;
+    switch (RunCancellableCall(call, timeoutMs, shutdown, wait, threadError))
     {
-        chunk[read] = '\0';
-        // Each chunk is 8-bit text: it ends at its first NUL.
-        body += std::string_view(chunk.data());
+    case CallEnd::Finished:
+        break;
+    case CallEnd::Shutdown:
+        m_status = kReadShutdownRequested;
+        return false;
+    case CallEnd::TimedOut:
+        m_status = kReadTimedOut;
+        return false;
+    case CallEnd::NoThread:
+        m_error = threadError;
+        m_status = kNoThread;
+        return false;
     }
     // The feeds are UTF-8 documents. Decoded whole, a character that two
     // chunks share stays whole; a body in another form is read as before.
-    return IsWellFormedUtf8(body) ? Utf8ToWide(body) : AnsiToWide(body);
+    const std::string& body = call->Body();
+    text = IsWellFormedUtf8(body) ? Utf8ToWide(body) : AnsiToWide(body);
+    return true;
 }
 
 void COpenURL::ReportFailure() const
@@ -140,6 +181,12 @@ void COpenURL::ReportFailure() const
         break;
     case kShutdownRequested:
         StatusLog(0, L"Shutdown requested while trying to connect to:\n\t%ls", m_url.c_str());
+        break;
+    case kReadTimedOut:
+        StatusLog(0, L"Timed out while reading the answer of:\n\t%ls", m_url.c_str());
+        break;
+    case kReadShutdownRequested:
+        StatusLog(0, L"Shutdown requested while reading the answer of:\n\t%ls", m_url.c_str());
         break;
     default:
         break;

@@ -1,7 +1,9 @@
 #pragma once
 // A GET through WinINet that the calling thread can give up on: the blocking
-// open runs on a short-lived connect thread while the caller waits for it,
-// for the shutdown event or for a time-out, whichever comes first.
+// open and the read of the answer each run on a short-lived thread while the
+// caller waits for it, for the shutdown event or for a time-out, whichever
+// comes first. A caller that owns windows has their messages handled while
+// it waits (WaitKind::PumpMessages).
 
 #include <windows.h>
 #include <wininet.h>
@@ -10,6 +12,7 @@
 #include <string>
 
 #include "scrobbler/shared_internet_handles.h"
+#include "support/message_wait.h"
 
 namespace cvas
 {
@@ -27,11 +30,13 @@ class COpenURL
 public:
     enum Status : int
     {
-        kNoThread = 0,          // the connect thread could not be created (error set)
-        kConnectFailed = 1,     // the open failed (error set, 0 when the session failed)
-        kTimedOut = 2,          // the connect thread was given up on
-        kConnected = 3,         // the request is open
-        kShutdownRequested = 4, // EventShutdown was set while connecting
+        kNoThread = 0,              // the connect or read thread could not be created (error set)
+        kConnectFailed = 1,         // the open failed (error set, 0 when the session failed)
+        kTimedOut = 2,              // the connect thread was given up on
+        kConnected = 3,             // the request is open
+        kShutdownRequested = 4,     // EventShutdown was set while connecting
+        kReadTimedOut = 5,          // the read of the answer was given up on
+        kReadShutdownRequested = 6, // EventShutdown was set while reading
     };
 
     COpenURL(std::wstring agent, std::wstring url);
@@ -47,9 +52,14 @@ public:
     // and receive time-outs, which are set to timeoutMs as well. True only
     // when connected.
     static bool Open(const std::wstring& agent, const std::wstring& url, DWORD timeoutMs,
-                     HANDLE shutdown, std::unique_ptr<COpenURL>& holder);
+                     HANDLE shutdown, WaitKind wait, std::unique_ptr<COpenURL>& holder);
 
     int Status() const { return m_status; }
+    // Whether EventShutdown ended the open or the read.
+    bool ShutdownRequested() const
+    {
+        return m_status == kShutdownRequested || m_status == kReadShutdownRequested;
+    }
     DWORD Error() const { return m_error; }
     const std::wstring& Url() const { return m_url; }
     HINTERNET Session() const { return m_handles->Get(CSharedInternetHandles::kSession); }
@@ -57,10 +67,12 @@ public:
     // The session and the request, for a thread that reads the answer.
     const std::shared_ptr<CSharedInternetHandles>& Handles() const { return m_handles; }
 
-    // The whole answer, read in chunks of up to 32,767 bytes (each ending at
-    // its first NUL), decoded as UTF-8 when it is well-formed UTF-8 and
-    // else as text in the ANSI code page.
-    std::wstring ReadAll();
+    // The whole answer of an open request, read in chunks of up to 32,767
+    // bytes (each ending at its first NUL), decoded as UTF-8 when it is
+    // well-formed UTF-8 and else as text in the ANSI code page. The read is
+    // waited for as the open is; false when it was given up on (Status()
+    // tells why, the handles are closed and text is left as it was).
+    bool ReadAll(DWORD timeoutMs, HANDLE shutdown, WaitKind wait, std::wstring& text);
 
     // Writes to the status log why the open did not succeed; nothing when it
     // did.

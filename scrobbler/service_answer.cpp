@@ -63,7 +63,8 @@ CExchangeResult RunExchange(const std::shared_ptr<CSharedInternetHandles>& handl
 {
     const auto call = std::make_shared<CExchangeCall>(handles, header, body);
     DWORD threadError = 0;
-    const CallEnd end = RunCancellableCall(call, timeoutMs, shutdown, threadError);
+    // The submission worker, which owns no windows.
+    const CallEnd end = RunCancellableCall(call, timeoutMs, shutdown, WaitKind::Plain, threadError);
     if (end == CallEnd::Finished)
         return std::move(call->Result());
     CExchangeResult result;

@@ -64,9 +64,17 @@ INT_PTR CALLBACK CDialog::Procedure(HWND window, UINT message, WPARAM wParam, LP
     return GuardDialogProcedure(L"dialog", [&]() -> INT_PTR {
         if (message == WM_INITDIALOG)
             reinterpret_cast<CDialog*>(lParam)->Attach(window);
-        CDialogWindow* dialog = AttachedDialog(window);
-        return dialog != nullptr ? static_cast<CDialog*>(dialog)->Dispatch(message, wParam, lParam)
-                                 : FALSE;
+        auto* dialog = static_cast<CDialog*>(AttachedDialog(window));
+        if (dialog == nullptr)
+            return FALSE;
+        if (message == WM_NCDESTROY)
+        {
+            // A modeless dialog that Esc or the close box destroyed is
+            // not touched again through its old handle.
+            dialog->Detach();
+            return FALSE;
+        }
+        return dialog->Dispatch(message, wParam, lParam);
     });
 }
 

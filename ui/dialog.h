@@ -17,7 +17,8 @@ public:
     INT_PTR DoModal(HWND owner);
     // Makes the dialog modeless and shows it; false when it could not be made.
     bool Create(HWND owner);
-    // Destroys a modeless dialog (nothing when there is none).
+    // Destroys a modeless dialog (nothing when there is none, or when it
+    // was destroyed already: the dialog forgets its window when it goes).
     void Destroy();
 
 protected:

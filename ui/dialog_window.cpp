@@ -70,6 +70,13 @@ void CDialogWindow::Attach(HWND window)
     SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(this));
 }
 
+void CDialogWindow::Detach()
+{
+    if (m_window != nullptr)
+        SetWindowLongPtrW(m_window, DWLP_USER, 0);
+    m_window = nullptr;
+}
+
 INT_PTR CDialogWindow::Dispatch(UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message)

@@ -66,6 +66,9 @@ protected:
     // by WM_INITDIALOG before anything else is passed on.
     INT_PTR Dispatch(UINT message, WPARAM wParam, LPARAM lParam);
     void Attach(HWND window);
+    // At the window's last message: from then on its handle may name another
+    // window, so the object forgets it.
+    void Detach();
 
 private:
     const int m_templateId;

@@ -9,7 +9,8 @@ CDlgStatus::CDlgStatus() : CDialog(IDD_STATUS) {}
 
 void CDlgStatus::SetProgressText(const std::wstring& text)
 {
-    HWND label = Item(IDC_STATUS_TEXT);
+    // No window (closed by the user) has no label.
+    HWND label = Window() != nullptr ? Item(IDC_STATUS_TEXT) : nullptr;
     if (label == nullptr)
         return;
     SetWindowTextW(label, text.c_str());

@@ -220,6 +220,73 @@ TEST_F(BuddyFetch, ShutdownStopsTheLoopAtTheBuddyBeingFetched)
     EXPECT_TRUE(StatusLogHas(L"Shutdown requested while trying to connect to:"));
 }
 
+// The thread that fetches owns the progress window and handles its messages
+// while it waits for the service: with alice's feed held, the window answers
+// a message sent from another thread, and the close box or Esc closes it
+// there and then. Closing it lets the fetch go on, which ends as it would
+// have; the window, gone, is never touched again.
+TEST_F(BuddyFetch, TheProgressAnswersDuringAHeldRequestAndClosingItLetsTheFetchGoOn)
+{
+    const std::pair<const char*, UINT> closings[] = {{"the close box", WM_CLOSE},
+                                                     {"Esc", WM_KEYDOWN}};
+    for (const auto& [name, closing] : closings)
+    {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(ControlStandin(L"reset"));
+        PublishBuddyList(nullptr);
+        Script(L"feed=ok&feed=hold");
+        std::atomic<HWND> window{nullptr};
+        std::atomic<bool> done{false};
+        HWND windowAfterwards = nullptr;
+        std::thread fetching([&] {
+            CDlgStatus progress;
+            progress.Create(nullptr);
+            window = progress.Window();
+            CBuddyFetchSettings settings = FetchSettings();
+            settings.timeoutMs = 10 * kThreadStepMs; // only the test lets the request go
+            FetchAll(settings, progress);
+            windowAfterwards = progress.Window();
+            progress.SetProgressText(L"not shown");
+            progress.Destroy();
+            done = true;
+        });
+        // Lets the request go and waits for the fetch to end: below, and
+        // whichever way this step ends, before its stack goes.
+        const auto letGoAndAwait = [&done](std::thread* thread) {
+            if (!thread->joinable())
+                return;
+            ControlStandin(L"release");
+            if (!WaitFor([&done] { return done.load(); }, kThreadStepMs))
+            {
+                ADD_FAILURE() << "the fetch did not end";
+                std::fflush(nullptr);
+                std::_Exit(1); // nothing is ever killed; the run ends here
+            }
+            thread->join();
+        };
+        const std::unique_ptr<std::thread, decltype(letGoAndAwait)> ending(&fetching,
+                                                                           letGoAndAwait);
+        ASSERT_TRUE(WaitFor([] { return JournalCount("feed") == 2; }, kThreadStepMs))
+            << "alice's feed was asked for";
+        ASSERT_NE(window.load(), nullptr);
+        DWORD_PTR answer = 0;
+        EXPECT_NE(SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, kThreadStepMs, &answer),
+                  0)
+            << "the window answered while its thread waited for the service";
+        PostMessageW(window, closing, closing == WM_KEYDOWN ? VK_ESCAPE : 0, 0);
+        EXPECT_TRUE(WaitFor([&window] { return !IsWindow(window); }, kThreadStepMs))
+            << "the window closed while its thread waited for the service";
+        letGoAndAwait(&fetching);
+        EXPECT_EQ(windowAfterwards, nullptr) << "the closed window is forgotten";
+        const CountedHandle<CBuddyInfo> list = CurrentBuddyList();
+        EXPECT_EQ(NamesOf(list), kTesterFriends) << "the fetch went on to the last friend";
+        ASSERT_TRUE(list);
+        EXPECT_NE(list->buddies[0]->rawRecentTracks.find(L"<recenttracks user=\"alice\">"),
+                  std::wstring::npos);
+        EXPECT_EQ(JournalCount("feed"), 6u);
+    }
+}
+
 // The buddy thread reads a copy of the settings taken when it was made: the
 // options sheet may change them while the friends feed is still held by the
 // service, and the rest of the fetch goes on with the values it started with.

@@ -38,9 +38,12 @@ using TransportTest = NetworkTest;
 TEST_F(TransportTest, ConnectedReadsTheWholeAnswerAndReportsNothing)
 {
     std::unique_ptr<COpenURL> transport;
-    ASSERT_TRUE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 10000, EventShutdown(), transport));
+    ASSERT_TRUE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 10000, EventShutdown(),
+                               WaitKind::Plain, transport));
     EXPECT_EQ(transport->Status(), COpenURL::kConnected);
-    const std::wstring answer = transport->ReadAll();
+    std::wstring answer;
+    ASSERT_TRUE(transport->ReadAll(10000, EventShutdown(), WaitKind::Plain, answer));
+    EXPECT_EQ(transport->Status(), COpenURL::kConnected);
     EXPECT_EQ(answer.substr(0, 9), L"UPTODATE\n");
     EXPECT_NE(answer.find(StandinBase() + L"/protocol_1.1"), std::wstring::npos);
     const auto before = StatusTexts().size();
@@ -49,15 +52,50 @@ TEST_F(TransportTest, ConnectedReadsTheWholeAnswerAndReportsNothing)
 
     // A second open drops the first transport; reading a huge answer ends.
     Script(L"handshake=huge");
-    ASSERT_TRUE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 10000, EventShutdown(), transport));
-    EXPECT_EQ(transport->ReadAll().size(), 1000000u);
+    ASSERT_TRUE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 10000, EventShutdown(),
+                               WaitKind::Plain, transport));
+    ASSERT_TRUE(transport->ReadAll(10000, EventShutdown(), WaitKind::Plain, answer));
+    EXPECT_EQ(answer.size(), 1000000u);
+}
+
+// The read of an answer that never comes (the service sends its headers and
+// then nothing for 20 seconds) is given up on at its time-out, or at once
+// when the shutdown event is set; the thread given up on ends by itself.
+TEST_F(TransportTest, ReadOfAStalledAnswerIsGivenUpOnAtTheTimeOutOrTheShutdown)
+{
+    Script(L"handshake=stall:20&handshake=stall:20");
+    std::unique_ptr<COpenURL> transport;
+    ASSERT_TRUE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 30000, EventShutdown(),
+                               WaitKind::Plain, transport));
+    std::wstring answer = L"as it was";
+    EXPECT_FALSE(transport->ReadAll(500, EventShutdown(), WaitKind::Plain, answer));
+    EXPECT_EQ(transport->Status(), COpenURL::kReadTimedOut);
+    EXPECT_FALSE(transport->ShutdownRequested());
+    EXPECT_EQ(answer, L"as it was");
+    EXPECT_EQ(transport->Request(), nullptr) << "the waiting side closed the handles";
+    transport->ReportFailure();
+    EXPECT_TRUE(HasLines(
+        StatusTexts(), {L"Timed out while reading the answer of:", L"\t" + StandinHandshakeUrl()}));
+
+    ASSERT_TRUE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 30000, EventShutdown(),
+                               WaitKind::Plain, transport));
+    SetEvent(EventShutdown());
+    const bool read = transport->ReadAll(30000, EventShutdown(), WaitKind::Plain, answer);
+    ResetEvent(EventShutdown());
+    EXPECT_FALSE(read);
+    EXPECT_EQ(transport->Status(), COpenURL::kReadShutdownRequested);
+    EXPECT_TRUE(transport->ShutdownRequested());
+    transport->ReportFailure();
+    EXPECT_TRUE(HasLines(StatusTexts(), {L"Shutdown requested while reading the answer of:",
+                                         L"\t" + StandinHandshakeUrl()}));
+    EXPECT_GE(WaitForNoLiveThreads(60000), 0);
 }
 
 TEST_F(TransportTest, RefusedConnectionReportsTheErrorAndItsText)
 {
     const std::wstring url = L"http://127.0.0.1:1/?hs=true";
     std::unique_ptr<COpenURL> transport;
-    EXPECT_FALSE(COpenURL::Open(L"agent", url, 10000, EventShutdown(), transport));
+    EXPECT_FALSE(COpenURL::Open(L"agent", url, 10000, EventShutdown(), WaitKind::Plain, transport));
     EXPECT_EQ(transport->Status(), COpenURL::kConnectFailed);
     EXPECT_EQ(transport->Error(), 12029u);
     transport->ReportFailure();
@@ -73,7 +111,8 @@ TEST_F(TransportTest, SlowServerTimesOutAndTheGivenUpThreadEndsByItself)
 {
     Script(L"handshake=delay:2");
     std::unique_ptr<COpenURL> transport;
-    EXPECT_FALSE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 500, EventShutdown(), transport));
+    EXPECT_FALSE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 500, EventShutdown(),
+                                WaitKind::Plain, transport));
     EXPECT_EQ(transport->Status(), COpenURL::kTimedOut);
     EXPECT_EQ(transport->Session(), nullptr) << "the waiting side closed the handles";
     transport->ReportFailure();
@@ -86,7 +125,8 @@ TEST_F(TransportTest, SlowServerTimesOutAndTheGivenUpThreadEndsByItself)
               << lived << " ms more\n";
 
     // The next open on a fresh transport works as before.
-    ASSERT_TRUE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 10000, EventShutdown(), transport));
+    ASSERT_TRUE(COpenURL::Open(L"agent", StandinHandshakeUrl(), 10000, EventShutdown(),
+                               WaitKind::Plain, transport));
 }
 
 TEST_F(TransportTest, ShutdownDuringASlowConnectEndsTheWait)
@@ -98,8 +138,8 @@ TEST_F(TransportTest, ShutdownDuringASlowConnectEndsTheWait)
     });
     std::unique_ptr<COpenURL> transport;
     // Only the shutdown can end this wait as status 4; a time-out reads 2.
-    const bool opened =
-        COpenURL::Open(L"agent", StandinHandshakeUrl(), 30000, EventShutdown(), transport);
+    const bool opened = COpenURL::Open(L"agent", StandinHandshakeUrl(), 30000, EventShutdown(),
+                                       WaitKind::Plain, transport);
     stopper.join();
     EXPECT_FALSE(opened);
     EXPECT_EQ(transport->Status(), COpenURL::kShutdownRequested);
