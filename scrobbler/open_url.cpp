@@ -118,22 +118,11 @@ bool COpenURL::Open(const std::wstring& agent, const std::wstring& url, DWORD ti
     COpenURL& transport = *holder;
     const auto call = std::make_shared<CConnectCall>(agent, url, timeoutMs, transport.m_handles);
     DWORD threadError = 0;
-    switch (RunCancellableCall(call, timeoutMs, shutdown, wait, threadError))
+    if (transport.NoteCallEnd(RunCancellableCall(call, timeoutMs, shutdown, wait, threadError),
+                              threadError, kShutdownRequested, kTimedOut))
     {
-    case CallEnd::Finished:
         transport.m_error = call->Error();
         transport.m_status = transport.Request() != nullptr ? kConnected : kConnectFailed;
-        break;
-    case CallEnd::Shutdown:
-        transport.m_status = kShutdownRequested;
-        break;
-    case CallEnd::TimedOut:
-        transport.m_status = kTimedOut;
-        break;
-    case CallEnd::NoThread:
-        transport.m_error = threadError;
-        transport.m_status = kNoThread;
-        break;
     }
     return transport.m_status == kConnected;
 }
@@ -142,26 +131,34 @@ bool COpenURL::ReadAll(DWORD timeoutMs, HANDLE shutdown, WaitKind wait, std::wst
 {
     const auto call = std::make_shared<CReadCall>(m_handles);
     DWORD threadError = 0;
-    switch (RunCancellableCall(call, timeoutMs, shutdown, wait, threadError))
-    {
-    case CallEnd::Finished:
-        break;
-    case CallEnd::Shutdown:
-        m_status = kReadShutdownRequested;
+    if (!NoteCallEnd(RunCancellableCall(call, timeoutMs, shutdown, wait, threadError), threadError,
+                     kReadShutdownRequested, kReadTimedOut))
         return false;
-    case CallEnd::TimedOut:
-        m_status = kReadTimedOut;
-        return false;
-    case CallEnd::NoThread:
-        m_error = threadError;
-        m_status = kNoThread;
-        return false;
-    }
     // The feeds are UTF-8 documents. Decoded whole, a character that two
     // chunks share stays whole; a body in another form is read as before.
     const std::string& body = call->Body();
     text = IsWellFormedUtf8(body) ? Utf8ToWide(body) : AnsiToWide(body);
     return true;
+}
+
+bool COpenURL::NoteCallEnd(CallEnd end, DWORD threadError, int shutdownStatus, int timedOutStatus)
+{
+    switch (end)
+    {
+    case CallEnd::Finished:
+        return true;
+    case CallEnd::Shutdown:
+        m_status = shutdownStatus;
+        break;
+    case CallEnd::TimedOut:
+        m_status = timedOutStatus;
+        break;
+    case CallEnd::NoThread:
+        m_error = threadError;
+        m_status = kNoThread;
+        break;
+    }
+    return false;
 }
 
 void COpenURL::ReportFailure() const

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "scrobbler/cancellable_call.h"
 #include "scrobbler/shared_internet_handles.h"
 #include "support/message_wait.h"
 
@@ -79,6 +80,10 @@ public:
     void ReportFailure() const;
 
 private:
+    // Records why a call on a short-lived thread did not finish, with the
+    // status its phase gives a shutdown or a time-out; true when it finished.
+    bool NoteCallEnd(CallEnd end, DWORD threadError, int shutdownStatus, int timedOutStatus);
+
     const std::wstring m_agent;
     const std::wstring m_url;
     const std::shared_ptr<CSharedInternetHandles> m_handles;
