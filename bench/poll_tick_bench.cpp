@@ -15,13 +15,13 @@
 #include <string>
 #include <vector>
 
+#include "host/host_state.h"
 #include "host/poll_timer.h"
-#include "plugin/module_state.h"
-#include "plugin/window_messages.h"
-#include "scrobbler/data_files.h"
-#include "scrobbler/engine_state.h"
-#include "scrobbler/submission_queue.h"
+#include "scrobbler/queue/data_files.h"
+#include "scrobbler/queue/engine_state.h"
+#include "scrobbler/queue/submission_queue.h"
 #include "settings/data_folder.h"
+#include "settings/live_settings.h"
 #include "support/com_ptr.h"
 #include "support/logs.h"
 #include "tools/player/automation_objects.h"
@@ -129,7 +129,6 @@ int main()
                                       nullptr, nullptr);
         Settings() = CSettingsValues{};
         SetHostAutomation(automation.Get());
-        SetPluginWindow(window);
         SetScrobblingEnabledFlag(true);
         SetTerminating(false);
         ResetPlayTracking();
@@ -178,7 +177,6 @@ int main()
         Print("a play judged and queued", kChangeTicks, Summarise(judged));
 
         SetHostAutomation(nullptr);
-        SetPluginWindow(nullptr);
         SetScrobblingEnabledFlag(false);
         DestroyWindow(window);
     }

@@ -6,7 +6,7 @@
 #include "queue_document.h"
 
 #include "support/text_encoding.h"
-#include "support/xml_document.h"
+#include "xml/xml_document.h"
 
 #include <benchmark/benchmark.h>
 #include <pugixml.hpp>

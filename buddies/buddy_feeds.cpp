@@ -1,6 +1,6 @@
 #include "buddies/buddy_feeds.h"
 
-#include "support/xml_document.h"
+#include "xml/xml_document.h"
 
 #include <ctime>
 #include <limits>

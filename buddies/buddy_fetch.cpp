@@ -1,8 +1,8 @@
 #include "buddies/buddy_fetch.h"
 
 #include "buddies/buddy_feeds.h"
-#include "scrobbler/engine_state.h"
-#include "scrobbler/open_url.h"
+#include "scrobbler/network/open_url.h"
+#include "scrobbler/queue/engine_state.h"
 #include "settings/settings_values.h"
 #include "support/wide_format.h"
 #include "ui/dlg_status.h"

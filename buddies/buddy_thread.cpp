@@ -1,13 +1,14 @@
 #include "buddies/buddy_thread.h"
 
 #include "buddies/buddy_fetch.h"
+#include "buddies/dlg_buddies.h"
 #include "buddies/recommendation.h"
 #include "buddies/skin_thread.h"
-#include "plugin/module_state.h"
+#include "host/host_state.h"
+#include "settings/live_settings.h"
 #include "support/com_ptr.h"
 #include "support/message_box.h"
 #include "support/module_thread.h"
-#include "ui/buddies/dlg_buddies.h"
 #include "ui/dlg_status.h"
 
 #include <objbase.h>
@@ -97,7 +98,10 @@ class CBuddyThread : public CPlayerThreadWork
 {
 public:
     // On the UI thread, where the options sheet changes the settings.
-    CBuddyThread() : m_settings(MakeBuddyFetchSettings(Settings())) {}
+    explicit CBuddyThread(HWND window)
+        : m_settings(MakeBuddyFetchSettings(Settings())), m_window(window)
+    {
+    }
 
 private:
     void RunWith(IDispatch* automation) override
@@ -114,11 +118,12 @@ private:
             return;
         }
         progress.Destroy();
-        CDlgBuddies dialog(list, automation);
-        dialog.DoModal(PluginWindow());
+        CDlgBuddies dialog(list, automation, m_window);
+        dialog.DoModal(m_window);
     }
 
     const CBuddyFetchSettings m_settings;
+    const HWND m_window;
 };
 
 class CRecommendationThread : public CPlayerThreadWork
@@ -128,10 +133,10 @@ class CRecommendationThread : public CPlayerThreadWork
 
 } // namespace
 
-void StartBuddyThread()
+void StartBuddyThread(HWND window)
 {
     DWORD error = 0;
-    if (!StartModuleThread(std::make_shared<CBuddyThread>(), error))
+    if (!StartModuleThread(std::make_shared<CBuddyThread>(window), error))
         WarningMessage(L"Failed to start the background AudioScrobbler buddy thread!");
 }
 

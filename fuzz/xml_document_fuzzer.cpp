@@ -2,8 +2,8 @@
 // with every navigation call, reads data and attributes, adds elements and
 // checks that what was added reads back.
 #include "support/text_encoding.h"
-#include "support/xml_document.h"
-#include "support/xml_tree_builder.h"
+#include "xml/xml_document.h"
+#include "xml/xml_tree_builder.h"
 
 #include <cstddef>
 #include <cstdint>

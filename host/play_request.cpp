@@ -2,7 +2,7 @@
 
 #include "host/automation_call.h"
 #include "host/automation_ids.h"
-#include "plugin/module_state.h"
+#include "host/host_state.h"
 
 namespace cvas
 {

@@ -3,9 +3,9 @@
 #include "host/automation_call.h"
 #include "host/automation_ids.h"
 #include "host/bx_tracks.h"
+#include "host/host_state.h"
 #include "host/qualify_and_queue.h"
-#include "plugin/module_state.h"
-#include "plugin/window_messages.h"
+#include "settings/live_settings.h"
 #include "support/callback_boundary.h"
 #include "support/message_box.h"
 

@@ -8,6 +8,8 @@
 namespace cvas
 {
 
+constexpr UINT_PTR kPollTimerId = 1;
+
 // Sets the poll timer (kPollTimerId, every Settings().PollTimeout ms) on the
 // control window. Returns whether the timer was set.
 bool StartPollTimer(HWND window);

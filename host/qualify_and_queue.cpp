@@ -2,8 +2,9 @@
 
 #include "host/automation_call.h"
 #include "host/automation_ids.h"
-#include "plugin/module_state.h"
-#include "scrobbler/submission_queue.h"
+#include "host/host_state.h"
+#include "scrobbler/queue/submission_queue.h"
+#include "settings/live_settings.h"
 #include "support/com_values.h"
 #include "support/logs.h"
 #include "support/wide_format.h"

@@ -1,17 +1,20 @@
 #include "plugin/plugin_lifecycle.h"
 
 #include "buddies/buddy_thread.h"
+#include "host/host_state.h"
 #include "host/poll_timer.h"
 #include "plugin/control_window.h"
 #include "plugin/module_state.h"
 #include "plugin/window_messages.h"
-#include "scrobbler/engine_state.h"
-#include "scrobbler/replacements_file.h"
-#include "scrobbler/submission_queue.h"
-#include "scrobbler/submission_settings.h"
-#include "scrobbler/submission_worker.h"
+#include "scrobbler/network/submission_settings.h"
+#include "scrobbler/queue/engine_state.h"
+#include "scrobbler/queue/replacements_file.h"
+#include "scrobbler/queue/submission_queue.h"
+#include "scrobbler/worker/submission_worker.h"
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
+#include "settings/live_settings.h"
+#include "settings/log_settings.h"
 #include "support/hot_keys.h"
 #include "support/logs.h"
 #include "support/message_box.h"
@@ -91,9 +94,9 @@ HRESULT PluginInit(IDispatch* automation, HWND window)
     // stop that timed out never waits on a closed event.
     if (EventShutdown() == nullptr)
         CreateEngineEvents();
-    SetHotKeyCommandHandler([](unsigned command) {
+    SetHotKeyCommandHandler([window](unsigned command) {
         if (command == kBuddyCommand)
-            StartBuddyThread();
+            StartBuddyThread(window);
         else
             StartRecommendationThread();
     });

@@ -1,6 +1,5 @@
 #include "support/hot_keys.h"
 
-#include "plugin/window_messages.h"
 #include "support/counted_handle.h"
 #include "support/hot_key_names.h"
 #include "support/message_box.h"

@@ -12,6 +12,10 @@
 namespace cvas
 {
 
+// The commands of the plug-in's two hot keys.
+constexpr unsigned kBuddyCommand = 110;
+constexpr unsigned kRecommendationCommand = 111;
+
 class CHotKey
 {
 public:

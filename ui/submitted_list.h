@@ -7,7 +7,7 @@
 
 #include <commctrl.h>
 
-#include "scrobbler/track_record.h"
+#include "scrobbler/queue/track_record.h"
 #include "ui/ui_handles.h"
 
 namespace cvas

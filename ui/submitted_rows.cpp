@@ -1,6 +1,5 @@
 #include "ui/submitted_rows.h"
 
-#include "plugin/window_messages.h"
 #include "support/critical_section.h"
 #include "ui/submitted_list.h"
 

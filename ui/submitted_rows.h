@@ -10,11 +10,15 @@
 #include <cstddef>
 #include <string>
 
-#include "scrobbler/submission_pass.h"
-#include "scrobbler/track_record.h"
+#include "scrobbler/worker/submission_pass.h"
+#include "scrobbler/queue/track_record.h"
 
 namespace cvas
 {
+
+// wParam the success flag, lParam an owned heap CTrackRecord (the window
+// frees it after adding its row).
+constexpr UINT kSubmittedRowMessage = WM_USER + 2;
 
 class CMySubmittedListCtrl;
 

@@ -6,13 +6,13 @@
 #include "buddies/buddy_fetch.h"
 #include "buddies/buddy_thread.h"
 #include "common/captured_messages.h"
+#include "host/host_state.h"
 #include "host/play_request.h"
-#include "plugin/module_state.h"
-#include "plugin/window_messages.h"
 #include "resources/resource_ids.h"
-#include "scrobbler/engine_state.h"
 #include "scrobbler/network_fixture.h"
+#include "scrobbler/queue/engine_state.h"
 #include "scrobbler/standin_client.h"
+#include "settings/live_settings.h"
 #include "support/com_ptr.h"
 #include "support/module_thread.h"
 #include "tools/player/automation_objects.h"
@@ -293,7 +293,7 @@ TEST_F(BuddyFetch, TheProgressAnswersDuringAHeldRequestAndClosingItLetsTheFetchG
 TEST_F(BuddyFetch, TheBuddyThreadFetchesWithTheSettingsItStartedWith)
 {
     Script(L"feed=hold");
-    StartBuddyThread();
+    StartBuddyThread(nullptr);
     Settings().UserName = L"loner";
     Settings().BuddiesUrl = StandinBase() + L"/1.0/user/%s/changed/friends.xml";
     Settings().RecentTracksUrl = StandinBase() + L"/1.0/user/changed-%s/recenttracks.xml";
@@ -331,13 +331,11 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     CAutomationContext context{player, ledger, true};
     auto automation = CComPtr<IDispatch>::Adopt(CreateAutomation(context));
     HWND window = CreateTestWindow(L"BuddyThreadPluginWindow", PluginWindowProc);
-    SetPluginWindow(window);
     SetHostAutomation(automation.Get());
     // The plug-in lets go of the player before the player (on this stack)
     // goes, whichever way the test ends.
     const std::unique_ptr<void, void (*)(void*)> unplug(window, [](void* plugin) {
         SetHostAutomation(nullptr);
-        SetPluginWindow(nullptr);
         DestroyWindow(static_cast<HWND>(plugin));
     });
 
@@ -367,7 +365,7 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     // the library; erin's first track is in the library too; a double click
     // on it plays it in the player; the close box ends the thread.
     EXPECT_EQ(GetACP(), 1252u) << "the feeds are read where ANSI text is Western European";
-    StartBuddyThread();
+    StartBuddyThread(window);
     HWND dialog = nullptr;
     PumpUntil(
         [&dialog] { return (dialog = FindWindowW(nullptr, L"Friend Information")) != nullptr; },
@@ -434,7 +432,7 @@ TEST_F(BuddyFetch, ThreadsOfTheHotKeys)
     // A user without friends and no earlier list: the message, and the end.
     PublishBuddyList(nullptr);
     Settings().UserName = L"loner";
-    StartBuddyThread();
+    StartBuddyThread(window);
     AwaitThreadsEnd();
     std::vector<std::wstring> texts;
     for (const CapturedMessage& message : TakeCapturedMessages())

@@ -1,5 +1,5 @@
-#include "scrobbler/handshake_answer.h"
-#include "scrobbler/response_lines.h"
+#include "scrobbler/network/handshake_answer.h"
+#include "scrobbler/network/response_lines.h"
 
 #include <gtest/gtest.h>
 

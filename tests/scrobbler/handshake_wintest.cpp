@@ -1,10 +1,10 @@
 #include "scrobbler/network_fixture.h"
 
-#include "scrobbler/engine_state.h"
-#include "scrobbler/handshake.h"
+#include "scrobbler/network/handshake.h"
+#include "scrobbler/queue/engine_state.h"
+#include "scrobbler/queue/submission_queue.h"
 #include "scrobbler/standin_client.h"
-#include "scrobbler/submission_pass.h"
-#include "scrobbler/submission_queue.h"
+#include "scrobbler/worker/submission_pass.h"
 #include "support/text_encoding.h"
 
 #include <windows.h>

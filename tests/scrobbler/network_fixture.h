@@ -4,8 +4,8 @@
 // service that has forgotten earlier tests.
 
 #include "common/temp_folder.h"
-#include "scrobbler/submission_pass.h"
-#include "scrobbler/submission_settings.h"
+#include "scrobbler/network/submission_settings.h"
+#include "scrobbler/worker/submission_pass.h"
 
 #include <gtest/gtest.h>
 

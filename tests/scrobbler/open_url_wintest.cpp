@@ -1,8 +1,8 @@
 #include "scrobbler/network_fixture.h"
 
-#include "scrobbler/engine_state.h"
-#include "scrobbler/error_text.h"
-#include "scrobbler/open_url.h"
+#include "scrobbler/network/error_text.h"
+#include "scrobbler/network/open_url.h"
+#include "scrobbler/queue/engine_state.h"
 #include "scrobbler/standin_client.h"
 #include "support/text_encoding.h"
 

@@ -3,8 +3,8 @@
 // complete queue, the old one or the new one.
 #include "common/temp_folder.h"
 #include "queue_generations.h"
-#include "scrobbler/document_file.h"
-#include "scrobbler/queue_document.h"
+#include "scrobbler/queue/document_file.h"
+#include "scrobbler/queue/queue_document.h"
 #include "support/text_encoding.h"
 #include "support/win_handle.h"
 

@@ -1,7 +1,7 @@
 // The layout of Queue.xml and Replacements.xml, read back whole and with
 // fields missing. Files cut short are tested with the files themselves.
-#include "scrobbler/queue_document.h"
-#include "scrobbler/replacements_document.h"
+#include "scrobbler/queue/queue_document.h"
+#include "scrobbler/queue/replacements_document.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // Queues whose whole contents follow from one number, so that a queue read
 // back can be checked to be exactly one of them.
 
-#include "scrobbler/track_record.h"
+#include "scrobbler/queue/track_record.h"
 
 namespace cvas::test
 {

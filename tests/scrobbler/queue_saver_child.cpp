@@ -4,7 +4,7 @@
 //                         <number of the first queue>
 // It sets the ready event once its first queue is saved.
 #include "queue_generations.h"
-#include "scrobbler/submission_queue.h"
+#include "scrobbler/queue/submission_queue.h"
 #include "settings/data_folder.h"
 #include "support/message_box.h"
 

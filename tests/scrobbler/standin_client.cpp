@@ -1,7 +1,7 @@
 #include "scrobbler/standin_client.h"
 
 #include "common/temp_folder.h"
-#include "scrobbler/internet_handle.h"
+#include "scrobbler/network/internet_handle.h"
 
 #include <windows.h>
 #include <wininet.h>

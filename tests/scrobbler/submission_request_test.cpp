@@ -1,6 +1,6 @@
-#include "scrobbler/internet_error_texts.h"
-#include "scrobbler/session_keys.h"
-#include "scrobbler/submission_request.h"
+#include "scrobbler/network/internet_error_texts.h"
+#include "scrobbler/network/session_keys.h"
+#include "scrobbler/network/submission_request.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "scrobbler/network_fixture.h"
 
-#include "scrobbler/engine_state.h"
+#include "scrobbler/queue/engine_state.h"
+#include "scrobbler/queue/submission_queue.h"
 #include "scrobbler/standin_client.h"
-#include "scrobbler/submission_queue.h"
-#include "scrobbler/submission_worker.h"
+#include "scrobbler/worker/submission_worker.h"
 #include "support/text_encoding.h"
 
 #include <windows.h>

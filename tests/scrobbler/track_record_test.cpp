@@ -1,8 +1,8 @@
 // Replacements and the track record: which texts they change, in what order,
 // and the wire forms the record builds.
-#include "scrobbler/replacements.h"
-#include "scrobbler/track_record.h"
-#include "scrobbler/wire_escaping.h"
+#include "scrobbler/queue/replacements.h"
+#include "scrobbler/queue/track_record.h"
+#include "scrobbler/queue/wire_escaping.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The wire escaping: which bytes go as they are, the form of the others, and
 // texts cut to fit a request field.
-#include "scrobbler/wire_escaping.h"
+#include "scrobbler/queue/wire_escaping.h"
 #include "support/text_encoding.h"
 
 #include <gtest/gtest.h>

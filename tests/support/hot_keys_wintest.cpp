@@ -1,5 +1,4 @@
 #include "common/captured_messages.h"
-#include "plugin/window_messages.h"
 #include "support/hot_key_names.h"
 #include "support/hot_keys.h"
 #include "ui/test_window.h"

@@ -2,6 +2,7 @@
 #include "common/temp_folder.h"
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
+#include "settings/log_settings.h"
 #include "support/logs.h"
 #include "support/text_encoding.h"
 

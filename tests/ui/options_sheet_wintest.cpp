@@ -3,12 +3,13 @@
 // captured; the shell's "open" goes through its seam.
 #include "common/captured_messages.h"
 #include "common/temp_folder.h"
-#include "plugin/module_state.h"
 #include "resources/resource_ids.h"
-#include "scrobbler/data_files.h"
-#include "scrobbler/replacements_file.h"
+#include "scrobbler/queue/data_files.h"
+#include "scrobbler/queue/replacements_file.h"
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
+#include "settings/live_settings.h"
+#include "settings/log_settings.h"
 #include "settings/settings_values.h"
 #include "support/logs.h"
 #include "tools/dialog_driver/dialog_driver.h"
@@ -56,13 +57,11 @@ protected:
         Settings().Password = L"secret";
         SetCurrentReplacements({{L"ABBA", L"Abba"}, {L"B", L"b"}, {L"C", L"c"}});
         owner = CreateTestWindow(L"OptionsOwner");
-        SetPluginWindow(owner);
         TakeCapturedMessages();
         SetCapturedAnswer(IDOK);
     }
     void TearDown() override
     {
-        SetPluginWindow(nullptr);
         DestroyWindow(owner);
         CloseLogs();
         SetCurrentReplacements({});

@@ -19,10 +19,9 @@
 #include <vector>
 
 #include "buddies/buddy_info.h"
-#include "plugin/module_state.h"
-#include "plugin/window_messages.h"
+#include "settings/live_settings.h"
 #include "resources/resource_ids.h"
-#include "scrobbler/replacements_file.h"
+#include "scrobbler/queue/replacements_file.h"
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
 #include "support/com_ptr.h"
@@ -33,10 +32,11 @@
 #include "tools/player/automation_objects.h"
 #include "tools/player/output.h"
 #include "tools/player/screenshot.h"
-#include "ui/buddies/dlg_buddies.h"
+#include "buddies/dlg_buddies.h"
 #include "ui/dlg_status.h"
 #include "ui/options/open_options.h"
 #include "ui/submitted_list.h"
+#include "settings/log_settings.h"
 
 using namespace cvas;
 using namespace cvas::tools;
@@ -310,7 +310,7 @@ void PictureTheBuddies(HWND owner)
         Click(dialog, IDOK);
     });
     driver.Run([&] {
-        CDlgBuddies dialog(list, automation.Get());
+        CDlgBuddies dialog(list, automation.Get(), owner);
         dialog.DoModal(owner);
     });
     if (!driver.Finished())
@@ -345,11 +345,9 @@ int main()
 
     CMySubmittedListCtrl list;
     HWND window = ShowPluginWindow(list);
-    SetPluginWindow(window);
     Picture(window, L"plugin_window", nullptr);
     PictureTheSheet(window);
     PictureTheBuddies(window);
-    SetPluginWindow(nullptr);
     DestroyWindow(window);
     CloseLogs();
 

@@ -1,8 +1,8 @@
 #include "ui/options/open_options.h"
 
-#include "plugin/module_state.h"
-#include "scrobbler/data_files.h"
-#include "scrobbler/replacements_file.h"
+#include "settings/live_settings.h"
+#include "scrobbler/queue/data_files.h"
+#include "scrobbler/queue/replacements_file.h"
 #include "settings/data_folder.h"
 #include "settings/ini_file.h"
 #include "settings/plugin_mode.h"
@@ -64,6 +64,7 @@ bool OpenOptionsSheet(HWND owner, bool forceEnable, const ApplyEnabledState& app
 {
     CMyPropertySheet sheet;
     FillPages(sheet, Settings(), forceEnable);
+    sheet.logging.shellOwner = owner;
     if (sheet.DoModal(owner) != IDOK)
         return false;
     CSettingsValues& values = Settings();

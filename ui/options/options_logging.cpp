@@ -1,4 +1,3 @@
-#include "plugin/module_state.h"
 #include "resources/resource_ids.h"
 #include "support/message_box.h"
 #include "ui/options/options_pages.h"
@@ -46,7 +45,7 @@ bool COptionsLogging::OnCommand(int id, int code)
     if (file == nullptr || code != BN_CLICKED)
         return false;
     if (FileExists(*file))
-        ShellOpenFile(PluginWindow(), *file);
+        ShellOpenFile(shellOwner, *file);
     else
         WarningMessage(L"The filename '%ls' does not exist!", file->c_str());
     return true;

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "scrobbler/replacements.h"
+#include "scrobbler/queue/replacements.h"
 #include "ui/property_page.h"
 #include "ui/ui_handles.h"
 
@@ -40,6 +40,8 @@ class COptionsLogging : public CPropertyPage
 public:
     COptionsLogging();
 
+    // The sheet's owner, which also owns what the Open buttons start.
+    HWND shellOwner = nullptr;
     // Shown only.
     std::wstring queueFile;
     std::wstring failedLogFile;

@@ -1,0 +1,202 @@
+#include "xml/xml_escaping.h"
+
+#include "support/text_encoding.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cwchar>
+
+namespace cvas
+{
+namespace
+{
+
+bool IsAsciiLetter(std::uint32_t c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool StartsEntityName(wchar_t c)
+{
+    const auto u = static_cast<std::uint32_t>(c);
+    return IsAsciiLetter(u) || u == '#' || u == '_' || u == ':' || u > 0x7F;
+}
+
+bool ContinuesEntityName(wchar_t c)
+{
+    const auto u = static_cast<std::uint32_t>(c);
+    return IsAsciiLetter(u) || (u >= '0' && u <= '9') || u == '_' || u == ':' || u == '-' ||
+           u == '.' || u > 0x7F;
+}
+
+// Length of the entity reference at value[at] ("&...;"), or 0 if there is none.
+std::size_t EntityReferenceLength(std::wstring_view value, std::size_t at)
+{
+    std::size_t i = at + 1;
+    if (i >= value.size() || !StartsEntityName(value[i]))
+        return 0;
+    ++i;
+    while (i < value.size() && ContinuesEntityName(value[i]))
+        ++i;
+    return i < value.size() && value[i] == L';' ? i + 1 - at : 0;
+}
+
+int DigitValue(wchar_t c, bool hex)
+{
+    if (c >= L'0' && c <= L'9')
+        return c - L'0';
+    if (hex && c >= L'a' && c <= L'f')
+        return c - L'a' + 10;
+    if (hex && c >= L'A' && c <= L'F')
+        return c - L'A' + 10;
+    return -1;
+}
+
+// A character reference at text[at] ("&#65;", "&#x41;"): its length, with
+// the code in code; 0 when it is not one. The semicolon must come within
+// seven characters of the number's start, and code 0 is no character.
+std::size_t CharacterReference(std::wstring_view text, std::size_t at, char32_t& code)
+{
+    std::size_t i = at + 2;
+    const bool hex = i < text.size() && text[i] == L'x';
+    if (hex)
+        ++i;
+    const std::size_t numberStart = i;
+    std::uint32_t value = 0;
+    while (i < text.size() && i - numberStart < 7)
+    {
+        const int digit = DigitValue(text[i], hex);
+        if (digit < 0)
+            break;
+        value = value * (hex ? 16 : 10) + static_cast<std::uint32_t>(digit);
+        ++i;
+    }
+    if (i == numberStart || i >= text.size() || text[i] != L';' || value == 0 || value > 0x10FFFF)
+        return 0;
+    code = value;
+    return i + 1 - at;
+}
+
+struct NamedEntity
+{
+    std::wstring_view name;
+    wchar_t character;
+};
+
+constexpr NamedEntity kNamedEntities[] = {
+    {L"&lt;", L'<'}, {L"&amp;", L'&'}, {L"&gt;", L'>'}, {L"&apos;", L'\''}, {L"&quot;", L'"'},
+};
+
+} // namespace
+
+std::wstring EscapeXmlText(std::wstring_view value, bool escapeQuotes, bool keepEntities)
+{
+    std::wstring out;
+    out.reserve(value.size() + value.size() / 10 + 7);
+    auto put = [&out](std::wstring_view piece) {
+        if (out.size() + piece.size() > out.capacity())
+            out.reserve(std::max(out.capacity() * 2, out.size() + piece.size()));
+        out.append(piece);
+    };
+    std::size_t runStart = 0;
+    for (std::size_t i = 0; i < value.size(); ++i)
+    {
+        std::wstring_view replacement;
+        switch (value[i])
+        {
+        case L'<':
+            replacement = L"&lt;";
+            break;
+        case L'>':
+            replacement = L"&gt;";
+            break;
+        case L'&':
+            if (keepEntities && EntityReferenceLength(value, i) != 0)
+                continue;
+            replacement = L"&amp;";
+            break;
+        case L'\'':
+            if (escapeQuotes)
+                replacement = L"&apos;";
+            break;
+        case L'"':
+            if (escapeQuotes)
+                replacement = L"&quot;";
+            break;
+        default:
+            break;
+        }
+        if (replacement.empty())
+            continue;
+        put(value.substr(runStart, i - runStart));
+        put(replacement);
+        runStart = i + 1;
+    }
+    put(value.substr(runStart));
+    return out;
+}
+
+void AppendXmlUnescaped(std::wstring_view text, std::wstring& out)
+{
+    std::size_t i = 0;
+    while (i < text.size())
+    {
+        const wchar_t* amp = std::wmemchr(text.data() + i, L'&', text.size() - i);
+        const std::size_t at = amp ? static_cast<std::size_t>(amp - text.data()) : text.size();
+        out.append(text.data() + i, at - i);
+        if (at >= text.size())
+            break;
+        const std::wstring_view rest = text.substr(at);
+        std::size_t used = 0;
+        if (rest.size() > 2 && rest[1] == L'#')
+        {
+            char32_t code = 0;
+            used = CharacterReference(text, at, code);
+            if (used != 0)
+                AppendCodePointAsWide(code, out);
+        }
+        else
+        {
+            for (const NamedEntity& entity : kNamedEntities)
+            {
+                if (rest.starts_with(entity.name))
+                {
+                    out.push_back(entity.character);
+                    used = entity.name.size();
+                    break;
+                }
+            }
+        }
+        if (used == 0)
+        {
+            out.push_back(L'&');
+            used = 1;
+        }
+        i = at + used;
+    }
+}
+
+std::wstring UnescapeXmlText(std::wstring_view text)
+{
+    std::wstring out;
+    out.reserve(text.size());
+    AppendXmlUnescaped(text, out);
+    return out;
+}
+
+void AppendXmlCdata(std::wstring_view value, std::wstring& out)
+{
+    out += L"<![CDATA[";
+    std::size_t from = 0;
+    for (std::size_t at = value.find(L"]]>"); at != std::wstring_view::npos;
+         at = value.find(L"]]>", from))
+    {
+        out.append(value.substr(from, at - from));
+        out += L"]]]]><![CDATA[>";
+        from = at + 3;
+    }
+    out.append(value.substr(from));
+    out += L"]]>";
+}
+
+} // namespace cvas

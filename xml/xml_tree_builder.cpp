@@ -1,0 +1,451 @@
+#include "xml/xml_tree_builder.h"
+
+#include "xml/xml_names.h"
+
+#include <algorithm>
+#include <array>
+#include <cwchar>
+
+namespace cvas
+{
+
+namespace
+{
+
+// How a character reads inside a tag name on the fast path: a plain name
+// character, one that ends the name, or a quote, which needs the tokenizer
+// (its quoted mode starts inside the name).
+constexpr unsigned char kNameGoesOn = 0;
+constexpr unsigned char kNameEnds = 1;
+constexpr unsigned char kNameNeedsTokenizer = 2;
+
+constexpr std::array<unsigned char, 128> kNameCharacters = [] {
+    std::array<unsigned char, 128> classes{};
+    for (std::size_t c = 0; c < classes.size(); ++c)
+        classes[c] = EndsXmlTagName(static_cast<wchar_t>(c)) ? kNameEnds : kNameGoesOn;
+    classes['"'] = kNameNeedsTokenizer;
+    classes['\''] = kNameNeedsTokenizer;
+    return classes;
+}();
+
+unsigned NameCharacterClass(wchar_t c)
+{
+    const auto u = static_cast<std::uint32_t>(c);
+    return u < 128 ? kNameCharacters[u] : kNameGoesOn;
+}
+
+bool SameName(const wchar_t* a, const wchar_t* b, std::size_t length, bool ignoreCase)
+{
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        if (a[i] != b[i] && !(ignoreCase && XmlNamesEqual({a + i, 1}, {b + i, 1}, true)))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool CXmlTextPieces::Next(std::wstring& text)
+{
+    if (m_given >= m_source.size())
+        return false;
+    const std::size_t length = std::min(m_pieceLength, m_source.size() - m_given);
+    text.append(m_source.data() + m_given, length);
+    m_given += length;
+    return true;
+}
+
+std::wstring CXmlTreeBuilder::Build(std::wstring& text, IXmlTextSupply* supply,
+                                    std::size_t expectedLength, bool ignoreCase,
+                                    CXmlElementTable& table)
+{
+    m_growing = &text;
+    m_supply = supply;
+    m_text = text;
+    m_ignoreCase = ignoreCase;
+    m_table = &table;
+    m_firstError.clear();
+    m_haveError = false;
+    table.Reset(std::max(expectedLength, text.size()) / 64 + 8);
+    m_open.clear();
+    m_open.push_back({0, 0, 0, 0});
+    m_openNames.Reset();
+    m_levelsMoved = false;
+
+    for (std::size_t offset = 0;;)
+    {
+        if (offset >= m_text.size())
+        {
+            if (MoreText())
+                continue;
+            break;
+        }
+        const wchar_t* data = m_text.data();
+        const std::size_t end = m_text.size();
+        // Text and white space build nothing: on to the next tag. Most runs
+        // are a line break between two tags, too short to be worth a call.
+        if (data[offset] != L'<')
+        {
+            const std::size_t near = std::min(end, offset + 8);
+            while (offset < near && data[offset] != L'<')
+                ++offset;
+            if (offset == near && offset < end)
+            {
+                const wchar_t* tag = std::wmemchr(data + offset, L'<', end - offset);
+                offset = tag ? static_cast<std::size_t>(tag - data) : end;
+            }
+            continue;
+        }
+        if (const std::size_t next = m_tokenizerOnly ? 0 : FastTag(offset))
+        {
+            offset = next;
+            continue;
+        }
+        const XmlToken token = NextXmlToken(data, end, offset);
+        // A token that reaches the end of what is there may run on into
+        // the next piece: read it again with more text.
+        if (token.End() >= end && MoreText())
+        {
+            // Read on until what follows the token's start has at least
+            // doubled, so that a long token is read only a few times over.
+            while (m_text.size() < end + (end - offset) && MoreText())
+            {
+            }
+            continue;
+        }
+        if (token.type == XmlNodeType::Element)
+        {
+            OpenTag(token);
+        }
+        else if (token.type == XmlNodeType::EndTag)
+        {
+            CloseTag(token);
+        }
+        else if (token.type == XmlNodeType::Error)
+        {
+            NoteError(token);
+            MarkIllFormed();
+        }
+        offset = token.End();
+    }
+    table[0].length = static_cast<std::uint32_t>(m_text.size());
+
+    if (m_open.size() > 1)
+    {
+        const OpenElement& inner = m_open.back();
+        const std::uint32_t start = table[inner.index].start;
+        if (!m_haveError)
+            NoteError(L"Element '" + std::wstring(TagName(start)) + L"' at offset " +
+                      std::to_wstring(start) + L" not ended");
+        MarkIllFormed();
+        CloseNotEnded(0);
+    }
+    LinkLastChild(m_open[0]);
+    if (m_levelsMoved)
+        RecomputeLevels();
+    m_openNames.Reset();
+    const std::uint32_t root = table[0].firstChild;
+    if (m_text.empty())
+        NoteError(L"Empty document");
+    else if (root == 0)
+        NoteError(L"No root element");
+    else if (table[root].next != 0)
+        NoteError(L"Root element has sibling");
+    m_table = nullptr;
+    m_growing = nullptr;
+    m_supply = nullptr;
+    return std::move(m_firstError);
+}
+
+bool CXmlTreeBuilder::MoreText()
+{
+    if (!m_supply || !m_supply->Next(*m_growing))
+    {
+        m_supply = nullptr;
+        return false;
+    }
+    m_text = *m_growing;
+    return true;
+}
+
+bool CXmlTreeBuilder::IsWellFormed(const CXmlElementTable& table)
+{
+    const std::uint32_t root = table[0].firstChild;
+    return root != 0 && table[root].next == 0 &&
+           (table[0].flagsAndLevel & (kXmlIllFormed | kXmlIllFormedBelow)) == 0;
+}
+
+// Start and end tags of the common shape (a plain name, and for end tags
+// the name of the innermost open element) are read here without a token;
+// returns the offset after the tag, or 0 to leave the tag to the tokenizer.
+std::size_t CXmlTreeBuilder::FastTag(std::size_t offset)
+{
+    const wchar_t* data = m_text.data();
+    const std::size_t end = m_text.size();
+    if (offset + 1 >= end)
+        return 0;
+    if (data[offset + 1] == L'/')
+    {
+        // The end tag of the innermost open element, written plainly.
+        const OpenElement& open = m_open.back();
+        const std::size_t close = offset + 2 + open.nameLength;
+        if (m_open.size() < 2 || close >= end || data[close] != L'>' ||
+            !SameName(data + open.nameStart, data + offset + 2, open.nameLength, m_ignoreCase))
+            return 0;
+        XmlElementRecord& record = (*m_table)[open.index];
+        record.length = static_cast<std::uint32_t>(close + 1 - record.start);
+        record.tagLengths = PackTagLengths(StartTagLength(record), close + 1 - offset);
+        LinkLastChild(open);
+        PopOpenTo(m_open.size() - 1);
+        return close + 1;
+    }
+    if (!StartsXmlElementTag(data[offset + 1]))
+        return 0;
+    std::size_t i = offset + 1;
+    for (; i < end; ++i)
+    {
+        const unsigned kind = NameCharacterClass(data[i]);
+        if (kind == kNameNeedsTokenizer)
+            return 0;
+        if (kind == kNameEnds)
+            break;
+    }
+    const std::size_t nameLength = i - (offset + 1);
+    wchar_t quote = 0;
+    for (; i < end; ++i)
+    {
+        const wchar_t c = data[i];
+        if (quote != 0)
+        {
+            if (c == quote)
+                quote = 0;
+        }
+        else if (c == L'>')
+        {
+            break;
+        }
+        else if (c == L'"' || c == L'\'')
+        {
+            quote = c;
+        }
+    }
+    if (i >= end)
+        return 0;
+    AddElement(offset, i + 1 - offset, nameLength, data[i - 1] == L'/');
+    return i + 1;
+}
+
+void CXmlTreeBuilder::OpenTag(const XmlToken& token)
+{
+    const std::size_t nameLength =
+        XmlTagNameLength(m_text.substr(token.start + 1, token.length - 1));
+    AddElement(token.start, token.length, nameLength, token.empty);
+}
+
+// A new element, the last child of the innermost open element.
+void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length, std::size_t nameLength,
+                                 bool empty)
+{
+    CXmlElementTable& table = *m_table;
+    OpenElement& parent = m_open.back();
+    const std::uint32_t index = table.Allocate();
+    std::uint32_t flagsAndLevel = static_cast<std::uint32_t>(m_open.size() - 1) & kXmlLevelMask;
+    std::uint32_t previous;
+    if (parent.lastChild == 0)
+    {
+        table[parent.index].firstChild = index;
+        previous = index;
+        flagsAndLevel |= kXmlFirstChild;
+    }
+    else
+    {
+        table[parent.lastChild].next = index;
+        previous = parent.lastChild;
+    }
+    table[index] = {static_cast<std::uint32_t>(start),
+                    static_cast<std::uint32_t>(length),
+                    PackTagLengths(length, 0),
+                    flagsAndLevel,
+                    parent.index,
+                    0,
+                    0,
+                    previous};
+    parent.lastChild = index;
+    if (!empty)
+    {
+        m_open.push_back({index, static_cast<std::uint32_t>(start + 1),
+                          static_cast<std::uint32_t>(nameLength), 0});
+        if (m_openNames.Active())
+            m_openNames.Push(m_text.substr(start + 1, nameLength));
+    }
+}
+
+void CXmlTreeBuilder::CloseTag(const XmlToken& token)
+{
+    CXmlElementTable& table = *m_table;
+    // Messages show the name as the tokenizer delimits it; it is matched by
+    // the same rule as start tags, which may end it sooner.
+    const std::wstring_view shown = m_text.substr(token.start + 2, token.nameLength);
+    const std::wstring_view name = shown.substr(0, XmlTagNameLength(shown));
+    // The innermost open element of that name; 0 (the document) when none.
+    std::size_t match = m_open.size() - 1;
+    if (match > 0 &&
+        !XmlNamesEqual(m_text.substr(m_open[match].nameStart, m_open[match].nameLength), name,
+                       m_ignoreCase))
+    {
+        if (!m_openNames.Active())
+        {
+            m_openNames.Activate(m_ignoreCase);
+            for (std::size_t i = 1; i < m_open.size(); ++i)
+                m_openNames.Push(m_text.substr(m_open[i].nameStart, m_open[i].nameLength));
+        }
+        match = m_openNames.Innermost(name);
+    }
+    if (match == 0)
+    {
+        if (!m_haveError)
+            NoteError(L"No start tag for end tag '" + std::wstring(shown) + L"' at offset " +
+                      std::to_wstring(token.start));
+        MarkIllFormed();
+        return;
+    }
+    if (match + 1 < m_open.size())
+    {
+        const std::uint32_t innerStart = table[m_open.back().index].start;
+        if (!m_haveError)
+            NoteError(L"End tag '" + std::wstring(shown) + L"' at offset " +
+                      std::to_wstring(token.start) + L" does not match start tag '" +
+                      std::wstring(TagName(innerStart)) + L"' at offset " +
+                      std::to_wstring(innerStart));
+        MarkIllFormed();
+        CloseNotEnded(match);
+    }
+    XmlElementRecord& record = table[m_open[match].index];
+    record.length = static_cast<std::uint32_t>(token.End() - record.start);
+    record.tagLengths = PackTagLengths(StartTagLength(record), token.length);
+    LinkLastChild(m_open[match]);
+    PopOpenTo(m_open.size() - 1);
+}
+
+void CXmlTreeBuilder::PopOpenTo(std::size_t count)
+{
+    m_open.resize(count);
+    if (m_openNames.Active())
+        m_openNames.PopTo(count);
+}
+
+void CXmlTreeBuilder::NoteError(const XmlToken& token)
+{
+    if (!m_haveError)
+        NoteError(XmlTokenErrorText(token));
+}
+
+void CXmlTreeBuilder::NoteError(std::wstring message)
+{
+    if (m_haveError)
+        return;
+    m_firstError = std::move(message);
+    m_haveError = true;
+}
+
+// An error marks the document (the element whose content is parsed) as
+// ill-formed and the innermost open element as ill-formed below.
+void CXmlTreeBuilder::MarkIllFormed()
+{
+    CXmlElementTable& table = *m_table;
+    table[0].flagsAndLevel |= kXmlIllFormed;
+    table[m_open.back().index].flagsAndLevel |= kXmlIllFormedBelow;
+}
+
+// Closes every open element above m_open[keep] as not ended: each keeps only
+// its start tag, and its children move up to follow it. Done in one pass, so
+// that in a chain of such elements every child moves once: the elements and
+// their children all become children of m_open[keep], in document order.
+void CXmlTreeBuilder::CloseNotEnded(std::size_t keep)
+{
+    CXmlElementTable& table = *m_table;
+    const std::uint32_t adopter = m_open[keep].index;
+
+    // Moves one element (with what is below it) to the end of the adopter's
+    // children.
+    std::uint32_t tail = m_open[keep + 1].index; // already the adopter's last child
+    auto adopt = [&](std::uint32_t node) {
+        XmlElementRecord& record = table[node];
+        record.parent = adopter;
+        record.flagsAndLevel &= ~kXmlFirstChild;
+        table[tail].next = node;
+        record.prev = tail;
+        tail = node;
+    };
+    m_levelsMoved = true;
+
+    bool illFormedBelow = false;
+    for (std::size_t j = keep + 1; j < m_open.size(); ++j)
+    {
+        const std::uint32_t element = m_open[j].index;
+        XmlElementRecord& record = table[element];
+        illFormedBelow = illFormedBelow || (record.flagsAndLevel & kXmlIllFormedBelow) != 0;
+        record.flagsAndLevel = (record.flagsAndLevel & ~kXmlIllFormedBelow) | kXmlNotEnded;
+        std::uint32_t child = record.firstChild;
+        record.firstChild = 0;
+        if (j > keep + 1)
+            adopt(element);
+        // The next open element, if any, is this one's last child.
+        const std::uint32_t nextOpen = j + 1 < m_open.size() ? m_open[j + 1].index : 0;
+        while (child != 0 && child != nextOpen)
+        {
+            const std::uint32_t following = table[child].next;
+            adopt(child);
+            child = following;
+        }
+    }
+    table[tail].next = 0;
+    m_open[keep].lastChild = tail;
+    if (illFormedBelow)
+        table[adopter].flagsAndLevel |= kXmlIllFormedBelow;
+    PopOpenTo(keep + 1);
+}
+
+// Gives every element the depth it has now, walking the tree once.
+void CXmlTreeBuilder::RecomputeLevels()
+{
+    CXmlElementTable& table = *m_table;
+    std::uint32_t level = 0;
+    for (std::uint32_t at = table[0].firstChild; at != 0;)
+    {
+        XmlElementRecord& record = table[at];
+        record.flagsAndLevel = (record.flagsAndLevel & ~kXmlLevelMask) | (level & kXmlLevelMask);
+        if (record.firstChild != 0)
+        {
+            at = record.firstChild;
+            ++level;
+            continue;
+        }
+        while (at != 0 && table[at].next == 0)
+        {
+            at = table[at].parent;
+            --level;
+        }
+        if (at != 0)
+            at = table[at].next;
+    }
+}
+
+void CXmlTreeBuilder::LinkLastChild(const OpenElement& element)
+{
+    if (element.lastChild != 0)
+        (*m_table)[(*m_table)[element.index].firstChild].prev = element.lastChild;
+}
+
+// The name of the tag at start as messages show it: up to the first of
+// " \t\n\r/>".
+std::wstring_view CXmlTreeBuilder::TagName(std::uint32_t start) const
+{
+    std::size_t end = start + 1;
+    while (end < m_text.size() && !EndsXmlTokenName(m_text[end]))
+        ++end;
+    return m_text.substr(start + 1, end - (start + 1));
+}
+
+} // namespace cvas
