@@ -11,10 +11,19 @@
 # and runs it under Wine: the plug-in's poll procedure against the simulated
 # player's automation objects, median and tail of the UI thread's time per
 # tick.
-# Usage: scripts/bench.sh [--poll-tick | benchmark options]
+#
+# With --backlog N it runs scripts/backlog_bench.sh N: the plug-in in the
+# simulated player under Wine draining N saved plays (drain rate, Init's
+# time and the longest wait of the player's UI thread).
+# Usage: scripts/bench.sh [--poll-tick | --backlog N | benchmark options]
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
+
+if [ "${1:-}" = --backlog ]; then
+  shift
+  exec ./scripts/backlog_bench.sh "$@"
+fi
 
 if [ "${1:-}" = --poll-tick ]; then
   cmake --preset win64 >/dev/null

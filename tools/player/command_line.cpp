@@ -12,6 +12,8 @@ const wchar_t kUsage[] =
     L"  --screenshot FILE   picture of the main window at the end (.png, else BMP)\n"
     L"  --size WxH          size of the main window (default 900x640)\n"
     L"  --trace             report every automation call\n"
+    L"  --timings           report the time of Init, of each step and of the control's\n"
+    L"                      longest message\n"
     L"  --timeout SECONDS   real time after which the scenario is cut short (default 600)\n";
 
 namespace
@@ -56,6 +58,10 @@ bool ParseCommandLine(const std::vector<std::wstring>& arguments, COptions& opti
         else if (argument == L"--trace")
         {
             options.trace = true;
+        }
+        else if (argument == L"--timings")
+        {
+            options.timings = true;
         }
         else if (argument == L"--no-control")
         {

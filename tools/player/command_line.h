@@ -15,6 +15,7 @@ struct COptions
     int width = 900;         // of the main window, frame included
     int height = 640;
     bool trace = false;     // report every automation call
+    bool timings = false;   // report the UI thread's time in the control
     bool noControl = false; // run the scenario with no control in the window
     unsigned timeoutSeconds = 600;
     bool help = false;

@@ -133,6 +133,7 @@ int RunPlayer(const COptions& options, CScenario& scenario)
     CMessageBoxCloser boxCloser(report);
     std::unique_ptr<CPostedMessageReport> postedMessages;
     CControlHost host;
+    CUiTimings timings;
     int exitCode = kSucceeded;
     bool hosted = false;
     if (!options.noControl)
@@ -151,7 +152,9 @@ int RunPlayer(const COptions& options, CScenario& scenario)
             postedMessages = std::make_unique<CPostedMessageReport>(host.Container(), report);
             watchdog.SetPhase(L"in Init");
             std::wstring detail;
+            const CStopwatch initTime;
             const HRESULT init = host.Init(automation.Get(), detail);
+            timings.SetInit(initTime.ElapsedMs());
             Report(player,
                    L"Init: " + DescribeResult(init) + (detail.empty() ? L"" : L" " + detail));
             hosted = SUCCEEDED(init);
@@ -160,7 +163,7 @@ int RunPlayer(const COptions& options, CScenario& scenario)
         }
     }
 
-    CScenarioRunner runner(player, window, hosted ? &host : nullptr, deadline);
+    CScenarioRunner runner(player, window, hosted ? &host : nullptr, deadline, timings);
     if (hosted || options.noControl)
     {
         watchdog.SetPhase(L"playing the scenario");
@@ -217,6 +220,9 @@ int RunPlayer(const COptions& options, CScenario& scenario)
 
     for (const std::wstring& line : SummaryLines(player.Access()->History()))
         WriteLine(L"summary: " + line);
+    if (options.timings)
+        for (const std::wstring& line : timings.Lines())
+            WriteLine(line);
     if (hosted)
         WriteLine(L"summary: references held after Terminate: " +
                   std::to_wstring(heldAfterTerminate));

@@ -58,8 +58,8 @@ bool FileHolds(const std::wstring& path, const std::string& needle)
 } // namespace
 
 CScenarioRunner::CScenarioRunner(CSharedPlayer& player, CMainWindow& window,
-                                 const CControlHost* host, ULONGLONG deadline)
-    : m_player(player), m_window(window), m_host(host), m_deadline(deadline)
+                                 const CControlHost* host, ULONGLONG deadline, CUiTimings& timings)
+    : m_player(player), m_window(window), m_host(host), m_deadline(deadline), m_timings(timings)
 {
 }
 
@@ -70,7 +70,9 @@ ERunOutcome CScenarioRunner::Run(const std::vector<CStep>& steps)
         m_player.Access()->Event(L"line " + std::to_wstring(step.line) + L": " + step.text);
         if (step.kind == EStep::End)
             break;
+        const CStopwatch stepTime;
         const ERunOutcome outcome = RunStep(step);
+        m_timings.AddStep(step.line, stepTime.ElapsedMs());
         ShowStatus();
         if (outcome != ERunOutcome::Finished)
             return outcome;
@@ -217,8 +219,14 @@ ERunOutcome CScenarioRunner::DrainMessages()
     {
         if (message.message == WM_QUIT)
             return ERunOutcome::Closed;
+        const HWND control = m_host != nullptr ? m_host->ControlWindow() : nullptr;
+        const bool toControl = control != nullptr && message.hwnd != nullptr &&
+                               (message.hwnd == control || IsChild(control, message.hwnd));
+        const CStopwatch handling;
         TranslateMessage(&message);
         DispatchMessageW(&message);
+        if (toControl)
+            m_timings.AddControlMessage(message.message, handling.ElapsedMs());
     }
     if (GetTickCount64() - m_lastStatus >= kLongestWaitMs)
         ShowStatus();

@@ -11,6 +11,7 @@
 #include "tools/player/main_window.h"
 #include "tools/player/scenario.h"
 #include "tools/player/shared_player.h"
+#include "tools/player/ui_timings.h"
 
 namespace cvas::player
 {
@@ -27,7 +28,7 @@ class CScenarioRunner
 public:
     // host: null when no control is hosted. deadline: GetTickCount64 value.
     CScenarioRunner(CSharedPlayer& player, CMainWindow& window, const CControlHost* host,
-                    ULONGLONG deadline);
+                    ULONGLONG deadline, CUiTimings& timings);
 
     ERunOutcome Run(const std::vector<CStep>& steps);
     // Handles messages for this many real milliseconds (0: those waiting).
@@ -44,6 +45,7 @@ private:
     CMainWindow& m_window;
     const CControlHost* m_host;
     ULONGLONG m_deadline;
+    CUiTimings& m_timings;
     ULONGLONG m_lastStatus = 0;
 };
 
