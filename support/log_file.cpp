@@ -79,7 +79,7 @@ void CLogFile::WriteCounted(std::atomic<unsigned>& counter, std::wstring_view te
 std::vector<std::wstring> CLogFile::Lines() const
 {
     CLock lock(m_lock);
-    return ReadOldLines();
+    return CurrentLines();
 }
 
 void CLogFile::WriteLocked(unsigned number, std::wstring_view text)
@@ -89,8 +89,11 @@ void CLogFile::WriteLocked(unsigned number, std::wstring_view text)
     std::vector<std::wstring> newLines = SplitMessageLines(text);
     for (std::wstring& line : newLines)
         line.insert(0, prefix);
-    const std::vector<std::wstring> oldLines = ReadOldLines();
-    WriteLines(newLines, oldLines);
+    const std::vector<std::wstring> oldLines = CurrentLines();
+    if (WriteLines(newLines, oldLines))
+        RememberWritten(newLines, oldLines);
+    else
+        m_knowsFile = false;
     if (m_viewWindow != nullptr)
         UpdateView(newLines, oldLines);
 }
@@ -133,7 +136,52 @@ std::vector<std::wstring> CLogFile::ReadOldLines() const
     return reader.TakeLines();
 }
 
-void CLogFile::WriteLines(const std::vector<std::wstring>& newLines,
+std::vector<std::wstring> CLogFile::CurrentLines() const
+{
+    WIN32_FILE_ATTRIBUTE_DATA now{};
+    const bool unchanged =
+        m_knowsFile && GetFileAttributesExW(m_fileName.c_str(), GetFileExInfoStandard, &now) &&
+        now.nFileSizeHigh == m_writtenFile.nFileSizeHigh &&
+        now.nFileSizeLow == m_writtenFile.nFileSizeLow &&
+        CompareFileTime(&now.ftLastWriteTime, &m_writtenFile.ftLastWriteTime) == 0;
+    return unchanged ? m_written : ReadOldLines();
+}
+
+// What a read of the file would give: the new lines as the reader cuts and
+// trims them (through their UTF-8 form, as the file holds them), then the
+// old lines, which are read lines already, up to the limit. Only the new
+// lines are looked at, however long the log.
+void CLogFile::RememberWritten(const std::vector<std::wstring>& newLines,
+                               const std::vector<std::wstring>& oldLines)
+{
+    m_knowsFile = false;
+    if (!GetFileAttributesExW(m_fileName.c_str(), GetFileExInfoStandard, &m_writtenFile))
+        return;
+    const std::size_t limit = static_cast<std::size_t>(m_lineLimit);
+    CLogPieceReader reader(limit);
+    std::size_t writtenNew = 0;
+    for (const std::wstring& line : newLines)
+    {
+        if (writtenNew == limit)
+            break;
+        ++writtenNew;
+        std::wstring text;
+        AppendUtf8AsWide(WideToUtf8(line), text);
+        text += L"\r\n";
+        reader.Feed(text);
+    }
+    reader.Finish();
+    m_written = reader.TakeLines();
+    for (std::size_t i = 0; i < oldLines.size() && writtenNew + i < limit; ++i)
+    {
+        if (m_written.size() == limit)
+            break;
+        m_written.push_back(oldLines[i]);
+    }
+    m_knowsFile = true;
+}
+
+bool CLogFile::WriteLines(const std::vector<std::wstring>& newLines,
                           const std::vector<std::wstring>& oldLines) const
 {
     std::string bytes = kUtf8Mark;
@@ -152,8 +200,10 @@ void CLogFile::WriteLines(const std::vector<std::wstring>& newLines,
     }
     FileHandle file(_wfopen(m_fileName.c_str(), L"wb"));
     if (!file)
-        return; // this message is lost; a log never reports its own failures
-    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+        return false; // this message is lost; a log never reports its own failures
+    const bool whole = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    // Closed before its size and time are looked at.
+    return std::fclose(file.release()) == 0 && whole;
 }
 
 void CLogFile::UpdateView(const std::vector<std::wstring>& newLines,

@@ -1,7 +1,8 @@
 #pragma once
 // One log file: newest lines first, at most a line limit of them, each
-// behind a dated and numbered prefix. Every message reads the old lines and
-// writes the whole file again.
+// behind a dated and numbered prefix. Every message writes the whole file
+// again, from the lines this log keeps in memory; the file is read again
+// only when someone else changed it since this log wrote it.
 
 #include <windows.h>
 
@@ -48,7 +49,14 @@ public:
 private:
     void WriteLocked(unsigned number, std::wstring_view text);
     std::vector<std::wstring> ReadOldLines() const;
-    void WriteLines(const std::vector<std::wstring>& newLines,
+    // The lines of the file, newest first: those kept in memory while the
+    // file is as this log left it, else those read from it.
+    std::vector<std::wstring> CurrentLines() const;
+    // Keeps the lines of the file just written and notes its size and time.
+    void RememberWritten(const std::vector<std::wstring>& newLines,
+                         const std::vector<std::wstring>& oldLines);
+    // False when the file could not be written whole.
+    bool WriteLines(const std::vector<std::wstring>& newLines,
                     const std::vector<std::wstring>& oldLines) const;
     void UpdateView(const std::vector<std::wstring>& newLines,
                     const std::vector<std::wstring>& oldLines);
@@ -57,6 +65,11 @@ private:
     const int m_lineLimit;
     HWND m_viewWindow = nullptr;
     bool m_viewFilled = false;
+    // The file's lines as a read of it would give them, newest first, and
+    // the size and time the file had when this log wrote them.
+    std::vector<std::wstring> m_written;
+    bool m_knowsFile = false;
+    WIN32_FILE_ATTRIBUTE_DATA m_writtenFile{};
     mutable CCriticalSection m_lock;
 };
 

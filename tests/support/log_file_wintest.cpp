@@ -180,6 +180,54 @@ TEST_F(LogsTest, OldLinesOfAnyLengthReadBackTheSameOnEveryWrite)
     }
 }
 
+// A log writes from the lines it keeps in memory; the bytes are those a log
+// that reads the file again before each write leaves, whatever the lines:
+// cut into pieces, trimmed, with a lone CR or half a surrogate pair, beyond
+// the limit.
+TEST_F(LogsTest, AWriteFromMemoryLeavesTheBytesOfAWriteThatRereadsTheFile)
+{
+    const std::vector<std::wstring> messages = {L"plain",
+                                                L"trailing blanks  \t",
+                                                L"a\rb",
+                                                L"CR at the end\r",
+                                                std::wstring(2030, L'x') + L"   ",
+                                                L"one\ntwo\n\nthree",
+                                                L"half \xD800 a pair",
+                                                L"caf\u00e9 \U0001F3B5",
+                                                std::wstring(5000, L'y'),
+                                                L"last"};
+    CLogFile kept(root.File(L"kept.txt"), 7);
+    for (std::size_t i = 0; i < messages.size(); ++i)
+    {
+        kept.WriteText(static_cast<unsigned>(i), messages[i]);
+        CLogFile rereading(root.File(L"reread.txt"), 7); // new each time: reads the file
+        rereading.WriteText(static_cast<unsigned>(i), messages[i]);
+        const std::regex time(R"(\d\d/\d\d/\d{4} \d\d:\d\d:\d\d\.\d{3})");
+        ASSERT_EQ(std::regex_replace(ReadFileBytes(root.File(L"kept.txt")), time, "T"),
+                  std::regex_replace(ReadFileBytes(root.File(L"reread.txt")), time, "T"))
+            << "after message " << i;
+        EXPECT_EQ(kept.Lines(), CLogFile(root.File(L"kept.txt"), 7).Lines())
+            << "the lines in memory are those the file gives";
+    }
+}
+
+// A file that someone else wrote since the log's last write is read again.
+TEST_F(LogsTest, AFileChangedBetweenWritesIsReadAgain)
+{
+    CLogFile log(root.File(L"log.txt"), 10);
+    log.Write(1, L"mine");
+    WriteFileBytes(root.File(L"log.txt"), kMark + "someone else's\r\n");
+    log.Write(2, L"mine again");
+    auto lines = FileLines(root.File(L"log.txt"));
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(Parse(lines[0]).text, "mine again");
+    EXPECT_EQ(lines[1], "someone else's");
+
+    DeleteFileW(root.File(L"log.txt").c_str());
+    log.Write(3, L"alone");
+    EXPECT_EQ(FileLines(root.File(L"log.txt")).size(), 1u) << "a removed file starts empty";
+}
+
 TEST_F(LogsTest, AForeignFileIsReadInPiecesWhateverItsLines)
 {
     // 3 MB without a line feed: the pieces within the limit are kept.
