@@ -237,6 +237,9 @@ def decode_escapes(text):
 class Handler(BaseHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
     server_version = "StandIn/1.0"
+    # Each answer leaves at once: with Nagle's algorithm on, a kept-alive
+    # connection's next answer would wait for the client's delayed ACK.
+    disable_nagle_algorithm = True
 
     # The state is the server's; every handler thread shares it.
     @property
