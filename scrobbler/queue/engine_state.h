@@ -23,9 +23,8 @@ HANDLE EventShutdown();
 // Set once for each queued play, and at start-up to submit what was saved.
 HANDLE EventData();
 
-// Guards the incoming list. The worker also holds it while it moves the
-// incoming list into the queue and saves Queue.xml, so an enqueue may wait
-// for one file write.
+// Guards the incoming list, and nothing more: the worker holds it only while
+// it takes the incoming records, so an enqueue never waits for a file.
 CCriticalSection& QueueLock();
 
 } // namespace cvas

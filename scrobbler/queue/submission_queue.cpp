@@ -34,11 +34,17 @@ void Enqueue(std::wstring artist, std::wstring album, std::wstring name, int dur
 
 bool MoveIncomingToQueue()
 {
-    CLock lock(QueueLock());
-    if (g_incoming.empty())
+    TrackList taken;
+    {
+        // The lock guards the incoming list only: a play that qualifies
+        // meanwhile never waits for the log or for the save below.
+        CLock lock(QueueLock());
+        taken.splice(taken.end(), g_incoming);
+    }
+    if (taken.empty())
         return false;
-    const auto added = static_cast<int>(g_incoming.size());
-    g_queue.splice(g_queue.end(), g_incoming);
+    const auto added = static_cast<int>(taken.size());
+    g_queue.splice(g_queue.end(), taken);
     StatusLog(1, L"Added %d entries to queue", added);
     SaveQueue();
     return true;

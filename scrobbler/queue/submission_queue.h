@@ -17,9 +17,10 @@ namespace cvas
 void Enqueue(std::wstring artist, std::wstring album, std::wstring name, int durationSeconds,
              bool useUtc);
 
-// Worker: under the queue lock, appends the incoming records to the end of
-// the queue in order, logs "Added %d entries to queue" and saves Queue.xml.
-// Returns false, and does nothing, when the incoming list is empty.
+// Worker: takes the incoming records under the queue lock, then appends
+// them to the end of the queue in order, logs "Added %d entries to queue"
+// and saves Queue.xml. Returns false, and does nothing, when the incoming
+// list is empty.
 bool MoveIncomingToQueue();
 
 // The submission queue. Once the worker runs, only the worker reads or
