@@ -10,6 +10,7 @@
 # Init's time on the player's UI thread, and the longest message the
 # control's windows handled meanwhile (its poll timer, which queues the
 # plays, among them) with how many took longer than 16 ms.
+# CVAS_BENCH_KEEP=1 keeps what the runs left (prefix, player output, logs).
 # CVAS_BENCH_DLL and CVAS_BENCH_STANDIN name another build's DLL and
 # stand-in, to measure an earlier version with the same harness.
 # Usage: scripts/backlog_bench.sh N [N...]
@@ -32,7 +33,7 @@ pristine=$root/build/win64/wineprefix
 [ -f "$pristine/.cvas-ready" ] || WINEPREFIX=$pristine ./scripts/wine-prefix.sh "$wine" || exit 1
 work=$(mktemp -d "$root/build/win64/backlog-bench.XXXXXX") || exit 1
 standin=""
-trap '[ -n "$standin" ] && kill $standin 2>/dev/null; rm -rf "$work"' EXIT
+trap '[ -n "$standin" ] && kill $standin 2>/dev/null; [ -n "${CVAS_BENCH_KEEP:-}" ] || rm -rf "$work"' EXIT
 
 # Queue.xml with COUNT plays of a day in 2024, the last one "Track COUNT".
 write_queue() { # COUNT FILE
@@ -54,7 +55,7 @@ PY
 run_one() { # COUNT LOG_LIMIT_SETTING...
   local count=$1
   shift
-  local run=$work/run
+  local run=$work/run-$count-$#
   rm -rf "$run"
   mkdir -p "$run"
   python3 "$standin_script" --port 0 --lifetime 3600 --user tester:secret \
@@ -103,25 +104,26 @@ names = set()
 for line in open(plays, encoding="utf-8"):
     names.add(json.loads(line)["track"])
 saved = sum(1 for i in range(1, count + 1) if "Track %d" % i in names)
-playing = len([n for n in names if n.startswith("Playing ")])
+queries = re.search(r"summary: queries: (\d+)", out)
 if init is None or len(steps) != 6 or saved != count or status != "0":
     print("FAILED: player exit %s, %d of %d saved plays arrived; see %s" % (status, saved, count, sys.argv[1]))
     sys.exit(1)
 drain = sum(steps) / 1000.0
 print("%8.1f plays/s %8.1f s %9.1f ms %9.1f ms %6s of %-6s %8d" % (
-    count / drain, drain, init, longest, over.group(2), over.group(1), playing))
+    count / drain, drain, init, longest, over.group(2), over.group(1),
+    int(queries.group(1)) if queries else -1))
 PY
 }
 
 printf '%-8s %-12s %16s %10s %12s %12s %16s %8s\n' plays "status log" "drain rate" "drain" "Init" \
-  "longest msg" "msgs > 16 ms" "playing"
+  "longest msg" "msgs > 16 ms" "qualified"
 status=0
 for count in "$@"; do
   for limit in default 2; do
     settings=()
     [ "$limit" = 2 ] && settings=(--setting StatusLogLimit=2)
     printf '%-8s %-12s ' "$count" "$([ "$limit" = 2 ] && echo "2 lines" || echo "1,024 lines")"
-    run_one "$count" "${settings[@]}" || { status=1; cp -r "$work/run" "$root/build/win64/backlog-bench-failed" 2>/dev/null; }
+    run_one "$count" "${settings[@]}" || { status=1; echo "  (kept in $work)"; CVAS_BENCH_KEEP=1; }
   done
 done
 exit $status

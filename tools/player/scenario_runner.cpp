@@ -214,8 +214,13 @@ ERunOutcome CScenarioRunner::Pump(unsigned milliseconds)
 ERunOutcome CScenarioRunner::DrainMessages()
 {
     MSG message;
+    // A control that floods the thread with messages does not hold up the
+    // steps: what is left after the longest wait is handled in the next go.
+    const ULONGLONG start = GetTickCount64();
     for (int handled = 0;
-         handled < kMessagesPerDrain && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE); ++handled)
+         handled < kMessagesPerDrain && GetTickCount64() - start < kLongestWaitMs &&
+         PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);
+         ++handled)
     {
         if (message.message == WM_QUIT)
             return ERunOutcome::Closed;
