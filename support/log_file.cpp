@@ -6,6 +6,7 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -79,7 +80,13 @@ void CLogFile::WriteCounted(std::atomic<unsigned>& counter, std::wstring_view te
 std::vector<std::wstring> CLogFile::Lines() const
 {
     CLock lock(m_lock);
-    return CurrentLines();
+    if (!FileIsAsLeft())
+        return ReadOldLines();
+    std::vector<std::wstring> lines;
+    lines.reserve(m_kept.size());
+    for (const CKeptLine& line : m_kept)
+        lines.push_back(line.text);
+    return lines;
 }
 
 void CLogFile::WriteLocked(unsigned number, std::wstring_view text)
@@ -89,13 +96,40 @@ void CLogFile::WriteLocked(unsigned number, std::wstring_view text)
     std::vector<std::wstring> newLines = SplitMessageLines(text);
     for (std::wstring& line : newLines)
         line.insert(0, prefix);
-    const std::vector<std::wstring> oldLines = CurrentLines();
-    if (WriteLines(newLines, oldLines))
-        RememberWritten(newLines, oldLines);
-    else
-        m_knowsFile = false;
+    if (!FileIsAsLeft())
+        Keep(ReadOldLines());
+
+    // The new lines, then the kept ones, at most the limit of them in all.
+    const std::size_t limit = static_cast<std::size_t>(m_lineLimit);
+    const std::size_t writtenNew = std::min(newLines.size(), limit);
+    const std::size_t writtenOld = std::min(m_kept.size(), limit - writtenNew);
+    std::string bytes = kUtf8Mark;
+    for (std::size_t i = 0; i < writtenNew; ++i)
+    {
+        AppendWideAsUtf8(newLines[i], bytes);
+        bytes += "\r\n"; // what a line feed becomes in a text file
+    }
+    for (std::size_t i = 0; i < writtenOld; ++i)
+        bytes += m_kept[i].bytes;
+
+    m_keptFromThisLog = false;
+    // A message that cannot be written is lost: a log never reports its own
+    // failures.
+    const bool written = ReplaceFile(bytes);
     if (m_viewWindow != nullptr)
-        UpdateView(newLines, oldLines);
+        UpdateView(newLines);
+    if (written)
+        KeepWritten(newLines, writtenNew, writtenOld);
+}
+
+bool CLogFile::ReplaceFile(const std::string& bytes) const
+{
+    FileHandle file(_wfopen(m_fileName.c_str(), L"wb"));
+    if (!file)
+        return false;
+    const bool whole = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    // Closed before its size and time are looked at.
+    return std::fclose(file.release()) == 0 && whole;
 }
 
 // Old lines are UTF-8 after a three-byte mark; the first three bytes are
@@ -136,84 +170,70 @@ std::vector<std::wstring> CLogFile::ReadOldLines() const
     return reader.TakeLines();
 }
 
-std::vector<std::wstring> CLogFile::CurrentLines() const
+bool CLogFile::FileIsAsLeft() const
 {
     WIN32_FILE_ATTRIBUTE_DATA now{};
-    const bool unchanged =
-        m_knowsFile && GetFileAttributesExW(m_fileName.c_str(), GetFileExInfoStandard, &now) &&
-        now.nFileSizeHigh == m_writtenFile.nFileSizeHigh &&
-        now.nFileSizeLow == m_writtenFile.nFileSizeLow &&
-        CompareFileTime(&now.ftLastWriteTime, &m_writtenFile.ftLastWriteTime) == 0;
-    return unchanged ? m_written : ReadOldLines();
+    return m_keptFromThisLog &&
+           GetFileAttributesExW(m_fileName.c_str(), GetFileExInfoStandard, &now) &&
+           now.nFileSizeHigh == m_leftFile.nFileSizeHigh &&
+           now.nFileSizeLow == m_leftFile.nFileSizeLow &&
+           CompareFileTime(&now.ftLastWriteTime, &m_leftFile.ftLastWriteTime) == 0;
 }
 
-// What a read of the file would give: the new lines as the reader cuts and
-// trims them (through their UTF-8 form, as the file holds them), then the
-// old lines, which are read lines already, up to the limit. Only the new
-// lines are looked at, however long the log.
-void CLogFile::RememberWritten(const std::vector<std::wstring>& newLines,
-                               const std::vector<std::wstring>& oldLines)
+void CLogFile::Keep(const std::vector<std::wstring>& lines)
 {
-    m_knowsFile = false;
-    if (!GetFileAttributesExW(m_fileName.c_str(), GetFileExInfoStandard, &m_writtenFile))
+    m_kept.clear();
+    for (const std::wstring& line : lines)
+    {
+        CKeptLine kept{line, {}};
+        AppendWideAsUtf8(line, kept.bytes);
+        kept.bytes += "\r\n";
+        m_kept.push_back(std::move(kept));
+    }
+}
+
+// A read of the new file gives the new lines as the reader cuts and trims
+// them (read through their UTF-8 form, as the file holds them), then the old
+// lines, which are read lines already; at most the limit of them. Only the
+// new lines are looked at, however long the log.
+void CLogFile::KeepWritten(const std::vector<std::wstring>& newLines, std::size_t writtenNew,
+                           std::size_t writtenOld)
+{
+    if (!GetFileAttributesExW(m_fileName.c_str(), GetFileExInfoStandard, &m_leftFile))
         return;
     const std::size_t limit = static_cast<std::size_t>(m_lineLimit);
     CLogPieceReader reader(limit);
-    std::size_t writtenNew = 0;
-    for (const std::wstring& line : newLines)
+    for (std::size_t i = 0; i < writtenNew; ++i)
     {
-        if (writtenNew == limit)
-            break;
-        ++writtenNew;
         std::wstring text;
-        AppendUtf8AsWide(WideToUtf8(line), text);
+        AppendUtf8AsWide(WideToUtf8(newLines[i]), text);
         text += L"\r\n";
         reader.Feed(text);
     }
     reader.Finish();
-    m_written = reader.TakeLines();
-    for (std::size_t i = 0; i < oldLines.size() && writtenNew + i < limit; ++i)
+    const std::vector<std::wstring> pieces = reader.TakeLines();
+    m_kept.resize(writtenOld);
+    for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece)
     {
-        if (m_written.size() == limit)
-            break;
-        m_written.push_back(oldLines[i]);
+        CKeptLine kept{*piece, {}};
+        AppendWideAsUtf8(*piece, kept.bytes);
+        kept.bytes += "\r\n";
+        m_kept.push_front(std::move(kept));
     }
-    m_knowsFile = true;
+    while (m_kept.size() > limit)
+        m_kept.pop_back();
+    m_keptFromThisLog = true;
 }
 
-bool CLogFile::WriteLines(const std::vector<std::wstring>& newLines,
-                          const std::vector<std::wstring>& oldLines) const
-{
-    std::string bytes = kUtf8Mark;
-    std::size_t written = 0;
-    const std::size_t limit = static_cast<std::size_t>(m_lineLimit);
-    for (const auto* lines : {&newLines, &oldLines})
-    {
-        for (const std::wstring& line : *lines)
-        {
-            if (written == limit)
-                break;
-            AppendWideAsUtf8(line, bytes);
-            bytes += "\r\n"; // what a line feed becomes in a text file
-            ++written;
-        }
-    }
-    FileHandle file(_wfopen(m_fileName.c_str(), L"wb"));
-    if (!file)
-        return false; // this message is lost; a log never reports its own failures
-    const bool whole = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    // Closed before its size and time are looked at.
-    return std::fclose(file.release()) == 0 && whole;
-}
-
-void CLogFile::UpdateView(const std::vector<std::wstring>& newLines,
-                          const std::vector<std::wstring>& oldLines)
+// Called while the kept lines are still the old ones.
+void CLogFile::UpdateView(const std::vector<std::wstring>& newLines)
 {
     if (m_viewFilled)
     {
-        const auto& lines = newLines.empty() ? oldLines : newLines;
-        if (!lines.empty())
-            PostOwnedLine(m_viewWindow, static_cast<WPARAM>(m_lineLimit), lines.front());
+        if (!newLines.empty())
+            PostOwnedLine(m_viewWindow, static_cast<WPARAM>(m_lineLimit), newLines.front());
+        else if (!m_kept.empty())
+            PostOwnedLine(m_viewWindow, static_cast<WPARAM>(m_lineLimit), m_kept.front().text);
         return;
     }
     // The clear is sent so that it comes before the posted refill, but never
@@ -221,9 +241,10 @@ void CLogFile::UpdateView(const std::vector<std::wstring>& newLines,
     // writer may hold other locks that the view's thread wants.
     SendNotifyMessageW(m_viewWindow, LVM_DELETEALLITEMS, 0, 0);
     PostMessageW(m_viewWindow, kViewRefillMessage, 0, 0);
-    for (const auto* lines : {&newLines, &oldLines})
-        for (const std::wstring& line : *lines)
-            PostOwnedLine(m_viewWindow, 0, line);
+    for (const std::wstring& line : newLines)
+        PostOwnedLine(m_viewWindow, 0, line);
+    for (const CKeptLine& line : m_kept)
+        PostOwnedLine(m_viewWindow, 0, line.text);
     PostMessageW(m_viewWindow, kViewRefillMessage, 1, 0);
     m_viewFilled = true;
 }

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,29 +48,39 @@ public:
     std::vector<std::wstring> Lines() const;
 
 private:
+    // A line of the file as a read of it gives it, with the bytes a write
+    // puts in the file for it (UTF-8 and CR LF).
+    struct CKeptLine
+    {
+        std::wstring text;
+        std::string bytes;
+    };
+
     void WriteLocked(unsigned number, std::wstring_view text);
     std::vector<std::wstring> ReadOldLines() const;
-    // The lines of the file, newest first: those kept in memory while the
-    // file is as this log left it, else those read from it.
-    std::vector<std::wstring> CurrentLines() const;
-    // Keeps the lines of the file just written and notes its size and time.
-    void RememberWritten(const std::vector<std::wstring>& newLines,
-                         const std::vector<std::wstring>& oldLines);
-    // False when the file could not be written whole.
-    bool WriteLines(const std::vector<std::wstring>& newLines,
-                    const std::vector<std::wstring>& oldLines) const;
-    void UpdateView(const std::vector<std::wstring>& newLines,
-                    const std::vector<std::wstring>& oldLines);
+    // Whether the file still has the size and time this log's last write
+    // left it with.
+    bool FileIsAsLeft() const;
+    // Keeps lines read from the file.
+    void Keep(const std::vector<std::wstring>& lines);
+    // After a write of newLines above writtenOld kept lines: the kept lines
+    // become what a read of the new file gives, and its size and time are
+    // noted.
+    void KeepWritten(const std::vector<std::wstring>& newLines, std::size_t writtenNew,
+                     std::size_t writtenOld);
+    // Replaces the file with bytes; false when they are not all written.
+    bool ReplaceFile(const std::string& bytes) const;
+    void UpdateView(const std::vector<std::wstring>& newLines);
 
     const std::wstring m_fileName;
     const int m_lineLimit;
     HWND m_viewWindow = nullptr;
     bool m_viewFilled = false;
-    // The file's lines as a read of it would give them, newest first, and
-    // the size and time the file had when this log wrote them.
-    std::vector<std::wstring> m_written;
-    bool m_knowsFile = false;
-    WIN32_FILE_ATTRIBUTE_DATA m_writtenFile{};
+    // The file's lines, newest first, at most the limit of them; they stand
+    // for the file while it has the size and time noted with them.
+    std::deque<CKeptLine> m_kept;
+    bool m_keptFromThisLog = false;
+    WIN32_FILE_ATTRIBUTE_DATA m_leftFile{};
     mutable CCriticalSection m_lock;
 };
 
