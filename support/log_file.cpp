@@ -170,6 +170,14 @@ std::vector<std::wstring> CLogFile::ReadOldLines() const
     return reader.TakeLines();
 }
 
+CLogFile::CKeptLine CLogFile::MakeKeptLine(const std::wstring& text)
+{
+    CKeptLine kept{text, {}};
+    AppendWideAsUtf8(text, kept.bytes);
+    kept.bytes += "\r\n";
+    return kept;
+}
+
 bool CLogFile::FileIsAsLeft() const
 {
     WIN32_FILE_ATTRIBUTE_DATA now{};
@@ -184,12 +192,7 @@ void CLogFile::Keep(const std::vector<std::wstring>& lines)
 {
     m_kept.clear();
     for (const std::wstring& line : lines)
-    {
-        CKeptLine kept{line, {}};
-        AppendWideAsUtf8(line, kept.bytes);
-        kept.bytes += "\r\n";
-        m_kept.push_back(std::move(kept));
-    }
+        m_kept.push_back(MakeKeptLine(line));
 }
 
 // A read of the new file gives the new lines as the reader cuts and trims
@@ -214,12 +217,7 @@ void CLogFile::KeepWritten(const std::vector<std::wstring>& newLines, std::size_
     const std::vector<std::wstring> pieces = reader.TakeLines();
     m_kept.resize(writtenOld);
     for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece)
-    {
-        CKeptLine kept{*piece, {}};
-        AppendWideAsUtf8(*piece, kept.bytes);
-        kept.bytes += "\r\n";
-        m_kept.push_front(std::move(kept));
-    }
+        m_kept.push_front(MakeKeptLine(*piece));
     while (m_kept.size() > limit)
         m_kept.pop_back();
     m_keptFromThisLog = true;

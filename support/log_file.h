@@ -56,6 +56,7 @@ private:
         std::string bytes;
     };
 
+    static CKeptLine MakeKeptLine(const std::wstring& text);
     void WriteLocked(unsigned number, std::wstring_view text);
     std::vector<std::wstring> ReadOldLines() const;
     // Whether the file still has the size and time this log's last write
