@@ -5,6 +5,7 @@
 
 namespace cvas
 {
+
 namespace
 {
 
@@ -46,21 +47,6 @@ std::size_t EncodeUtf8(char32_t c, char* out)
     out[2] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
     out[3] = static_cast<char>(0x80 | (c & 0x3F));
     return 4;
-}
-
-// Writes a code point as one wide character, or as a surrogate pair where
-// wchar_t is a UTF-16 unit; returns the number of units written.
-std::size_t EncodeWide(char32_t c, wchar_t* out)
-{
-    if (kWide16 && c >= 0x10000)
-    {
-        c -= 0x10000;
-        out[0] = static_cast<wchar_t>(0xD800 + (c >> 10));
-        out[1] = static_cast<wchar_t>(0xDC00 + (c & 0x3FF));
-        return 2;
-    }
-    out[0] = static_cast<wchar_t>(c);
-    return 1;
 }
 
 // Decodes one well-formed UTF-8 sequence of two or more bytes starting at
@@ -162,7 +148,7 @@ std::size_t DecodeUtf8(std::string_view bytes, std::wstring& out, bool final)
             buffer[used++] = static_cast<wchar_t>(p[i++]);
             continue;
         }
-        used += EncodeWide(c, buffer + used);
+        used += WriteCodePointAsWide(c, buffer + used);
         i += length;
     }
     out.append(buffer, used);
@@ -171,10 +157,17 @@ std::size_t DecodeUtf8(std::string_view bytes, std::wstring& out, bool final)
 
 } // namespace
 
-void AppendCodePointAsWide(char32_t c, std::wstring& out)
+std::size_t WriteCodePointAsWide(char32_t c, wchar_t* out)
 {
-    wchar_t units[2];
-    out.append(units, EncodeWide(c, units));
+    if (kWide16 && c >= 0x10000)
+    {
+        c -= 0x10000;
+        out[0] = static_cast<wchar_t>(0xD800 + (c >> 10));
+        out[1] = static_cast<wchar_t>(0xDC00 + (c & 0x3FF));
+        return 2;
+    }
+    out[0] = static_cast<wchar_t>(c);
+    return 1;
 }
 
 void AppendWideAsUtf8(std::wstring_view text, std::string& out)

@@ -32,10 +32,38 @@ constexpr bool EndsXmlTagName(wchar_t c)
 }
 std::size_t XmlTagNameLength(std::wstring_view tagText);
 
-// Whether two names have the same characters; with ignoreCase the ASCII
-// letters match without regard to case (other characters must be equal, so
-// the result is the same whatever the C runtime's locale).
+// Names compare with the ASCII letters folded to lower case when case is
+// ignored (other characters must be equal, so the result is the same
+// whatever the C runtime's locale).
+inline wchar_t FoldXmlNameCharacter(wchar_t c)
+{
+    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
+}
+
+inline bool SameXmlNameCharacter(wchar_t a, wchar_t b, bool ignoreCase)
+{
+    return a == b || (ignoreCase && FoldXmlNameCharacter(a) == FoldXmlNameCharacter(b));
+}
+
+// Whether two names have the same characters, as above.
 bool XmlNamesEqual(std::wstring_view a, std::wstring_view b, bool ignoreCase);
+
+// Whether the tag name at the start of tagText (as XmlTagNameLength ends
+// it) is name: XmlNamesEqual on the name where it stands, without first
+// measuring it.
+inline bool XmlTagNameIs(std::wstring_view tagText, std::wstring_view name, bool ignoreCase)
+{
+    if (tagText.size() < name.size())
+        return false;
+    for (std::size_t i = 0; i < name.size(); ++i)
+    {
+        const wchar_t c = tagText[i];
+        // Every character that ends a name is "\" or below.
+        if ((c <= L'\\' && EndsXmlTagName(c)) || !SameXmlNameCharacter(c, name[i], ignoreCase))
+            return false;
+    }
+    return tagText.size() == name.size() || EndsXmlTagName(tagText[name.size()]);
+}
 
 // Writes into key a text that is the same for two names exactly when
 // XmlNamesEqual holds for them.

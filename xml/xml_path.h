@@ -24,8 +24,31 @@ struct XmlPathStep
     std::wstring_view testName;
     std::wstring_view rest; // the steps after this one, empty for the last
 
-    bool MatchesAnyName() const { return name.empty() || name == L"*"; }
+    bool MatchesAnyName() const { return name.empty() || (name.size() == 1 && name[0] == L'*'); }
 };
+
+// The length of the name at the start of a path: up to the end or to the
+// first of " =/[]".
+inline std::size_t XmlPathNameLength(std::wstring_view path)
+{
+    std::size_t i = 0;
+    for (; i < path.size(); ++i)
+    {
+        const wchar_t c = path[i];
+        // Letters, the most common characters by far, take the first test only.
+        if (c <= L']' && (c == L' ' || c == L'=' || c == L'/' || c == L'[' || c == L']'))
+            break;
+    }
+    return i;
+}
+
+// Whether a path is a single name and nothing else, which matches elements
+// by their name alone.
+inline bool IsPlainXmlPathName(std::wstring_view path)
+{
+    return !path.empty() && XmlPathNameLength(path) == path.size() &&
+           !(path.size() == 1 && path[0] == L'*');
+}
 
 // Reads the first step of path. A name ends at the end of the path or at
 // one of " =/[]"; what follows an attribute name up to "]" is skipped.
