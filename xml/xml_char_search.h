@@ -1,8 +1,11 @@
 #pragma once
-// Finding characters in wide text several at a time: with SSE2 where the
-// compiler offers it (every x86-64 target), 16 bytes a step, which is four
-// characters where wchar_t is 32 bits and eight where it is 16. Elsewhere
-// the plain loops below the vector ones do all the work.
+// Finding characters in wide text eight at a time: with SSE2 where the
+// compiler offers it (every x86-64 target), eight characters are looked at
+// as 16-bit lanes of one register. Where wchar_t is 32 bits, two loads are
+// packed into one with signed saturation, which keeps every character below
+// U+7FFF as it is and turns the others into 0x7FFF or 0x8000; the characters
+// looked for are all ASCII, so what matches is the same. Elsewhere, and for
+// the last few characters, the plain loops do the work.
 
 #include <cstddef>
 #include <cstdint>
@@ -20,66 +23,53 @@ namespace cvas
 namespace xml_sse2
 {
 
-constexpr std::ptrdiff_t kLanes = 16 / sizeof(wchar_t);
+constexpr std::ptrdiff_t kStep = 8;
 
-inline __m128i Load(const wchar_t* p)
+inline __m128i LoadEight(const wchar_t* p)
 {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const auto* at = reinterpret_cast<const __m128i*>(p);
+    if constexpr (sizeof(wchar_t) == 2)
+        return _mm_loadu_si128(at);
+    else
+        return _mm_packs_epi32(_mm_loadu_si128(at), _mm_loadu_si128(at + 1));
 }
 
-inline __m128i Splat(std::uint32_t c)
+inline __m128i Splat(wchar_t c)
 {
-    if constexpr (sizeof(wchar_t) == 2)
-        return _mm_set1_epi16(static_cast<short>(c));
-    else
-        return _mm_set1_epi32(static_cast<int>(c));
+    return _mm_set1_epi16(static_cast<short>(c));
 }
 
-inline __m128i Equal(__m128i a, __m128i b)
+// Lanes below limit, taken as unsigned: SSE2 compares only signed lanes, and
+// flipping the top bit of both sides orders them as unsigned.
+inline __m128i Below(__m128i lanes, wchar_t limit)
 {
-    if constexpr (sizeof(wchar_t) == 2)
-        return _mm_cmpeq_epi16(a, b);
-    else
-        return _mm_cmpeq_epi32(a, b);
-}
-
-// Lanes whose character, taken as unsigned, is below limit. SSE2 compares
-// only signed lanes: flipping the top bit of both sides orders them as
-// unsigned.
-inline __m128i Below(__m128i v, std::uint32_t limit)
-{
-    constexpr std::uint32_t top = sizeof(wchar_t) == 2 ? 0x8000u : 0x80000000u;
-    const __m128i flip = Splat(top);
-    const __m128i bound = Splat(limit ^ top);
-    if constexpr (sizeof(wchar_t) == 2)
-        return _mm_cmplt_epi16(_mm_xor_si128(v, flip), bound);
-    else
-        return _mm_cmplt_epi32(_mm_xor_si128(v, flip), bound);
+    const __m128i flip = _mm_set1_epi16(static_cast<short>(0x8000));
+    return _mm_cmplt_epi16(_mm_xor_si128(lanes, flip), _mm_xor_si128(Splat(limit), flip));
 }
 
 // The lane of the first set byte of a non-zero byte mask.
 inline std::ptrdiff_t FirstLane(int mask)
 {
-    return __builtin_ctz(static_cast<unsigned>(mask)) / static_cast<int>(sizeof(wchar_t));
+    return __builtin_ctz(static_cast<unsigned>(mask)) / 2;
 }
 
 } // namespace xml_sse2
 #endif
 
-// The first character in [p, end) equal to any of wanted, or end.
+// The first character in [p, end) equal to any of wanted (all ASCII), or end.
 template <typename... Characters>
 inline const wchar_t* FindXmlCharacter(const wchar_t* p, const wchar_t* end, Characters... wanted)
 {
     static_assert((std::is_same_v<Characters, wchar_t> && ...));
 #ifdef CVAS_XML_SSE2
     using namespace xml_sse2;
-    const __m128i splats[] = {Splat(static_cast<std::uint32_t>(wanted))...};
-    for (; end - p >= kLanes; p += kLanes)
+    const __m128i splats[] = {Splat(wanted)...};
+    for (; end - p >= kStep; p += kStep)
     {
-        const __m128i v = Load(p);
-        __m128i found = Equal(v, splats[0]);
+        const __m128i lanes = LoadEight(p);
+        __m128i found = _mm_cmpeq_epi16(lanes, splats[0]);
         for (std::size_t k = 1; k < sizeof...(wanted); ++k)
-            found = _mm_or_si128(found, Equal(v, splats[k]));
+            found = _mm_or_si128(found, _mm_cmpeq_epi16(lanes, splats[k]));
         const int mask = _mm_movemask_epi8(found);
         if (mask != 0)
             return p + FirstLane(mask);
@@ -90,26 +80,27 @@ inline const wchar_t* FindXmlCharacter(const wchar_t* p, const wchar_t* end, Cha
     return p;
 }
 
-// The first character in [p, end) below limit (as unsigned), or equal to
-// also; end if there is none. Every character that ends a tag name is one
-// of these with limit "@" and also "\", so a name is passed over to the
-// first such character and only that one needs a closer look.
+// The first character in [p, end) below limit (as unsigned) or equal to
+// also (both ASCII), or end. Every character that ends a tag name is below
+// "@" or is "\", so a name is passed over to the first such character and
+// only that one needs a closer look.
 inline const wchar_t* FindXmlCharacterBelow(const wchar_t* p, const wchar_t* end, wchar_t limit,
                                             wchar_t also)
 {
-    const auto bound = static_cast<std::uint32_t>(limit);
 #ifdef CVAS_XML_SSE2
     using namespace xml_sse2;
-    const __m128i other = Splat(static_cast<std::uint32_t>(also));
-    for (; end - p >= kLanes; p += kLanes)
+    const __m128i other = Splat(also);
+    for (; end - p >= kStep; p += kStep)
     {
-        const __m128i v = Load(p);
-        const int mask = _mm_movemask_epi8(_mm_or_si128(Below(v, bound), Equal(v, other)));
+        const __m128i lanes = LoadEight(p);
+        const int mask =
+            _mm_movemask_epi8(_mm_or_si128(Below(lanes, limit), _mm_cmpeq_epi16(lanes, other)));
         if (mask != 0)
             return p + FirstLane(mask);
     }
 #endif
-    using Unsigned = std::conditional_t<sizeof(wchar_t) == 2, std::uint16_t, std::uint32_t>;
+    using Unsigned = std::make_unsigned_t<wchar_t>;
+    const auto bound = static_cast<Unsigned>(limit);
     while (p < end && static_cast<Unsigned>(*p) >= bound && *p != also)
         ++p;
     return p;

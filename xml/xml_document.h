@@ -138,6 +138,8 @@ private:
     // then hold waits for the next load.
     std::wstring m_loadBuffer;
     CXmlElementTable m_loadTable;
+    // The markup of an element being added; kept for its memory.
+    std::wstring m_markup;
 };
 
 // A new document: the XML declaration line and no element, tag names

@@ -89,20 +89,19 @@ constexpr NamedEntity kNamedEntities[] = {
 
 } // namespace
 
-std::wstring EscapeXmlText(std::wstring_view value, bool escapeQuotes, bool keepEntities)
+void AppendXmlEscaped(std::wstring_view value, bool escapeQuotes, bool keepEntities,
+                      std::wstring& out)
 {
-    std::wstring out;
-    out.reserve(value.size() + value.size() / 10 + 7);
-    auto put = [&out](std::wstring_view piece) {
-        if (out.size() + piece.size() > out.capacity())
-            out.reserve(std::max(out.capacity() * 2, out.size() + piece.size()));
-        out.append(piece);
-    };
-    std::size_t runStart = 0;
-    for (std::size_t i = 0; i < value.size(); ++i)
+    const wchar_t* const end = value.data() + value.size();
+    const wchar_t* run = value.data(); // the start of what is copied as it is
+    for (const wchar_t* at = run;; ++at)
     {
+        at = escapeQuotes ? FindXmlCharacter(at, end, L'<', L'>', L'&', L'\'', L'"')
+                          : FindXmlCharacter(at, end, L'<', L'>', L'&');
+        if (at == end)
+            break;
         std::wstring_view replacement;
-        switch (value[i])
+        switch (*at)
         {
         case L'<':
             replacement = L"&lt;";
@@ -111,28 +110,30 @@ std::wstring EscapeXmlText(std::wstring_view value, bool escapeQuotes, bool keep
             replacement = L"&gt;";
             break;
         case L'&':
-            if (keepEntities && EntityReferenceLength(value, i) != 0)
+            if (keepEntities &&
+                EntityReferenceLength(value, static_cast<std::size_t>(at - value.data())) != 0)
                 continue;
             replacement = L"&amp;";
             break;
         case L'\'':
-            if (escapeQuotes)
-                replacement = L"&apos;";
-            break;
-        case L'"':
-            if (escapeQuotes)
-                replacement = L"&quot;";
+            replacement = L"&apos;";
             break;
         default:
+            replacement = L"&quot;";
             break;
         }
-        if (replacement.empty())
-            continue;
-        put(value.substr(runStart, i - runStart));
-        put(replacement);
-        runStart = i + 1;
+        out.append(run, at);
+        out.append(replacement);
+        run = at + 1;
     }
-    put(value.substr(runStart));
+    out.append(run, end);
+}
+
+std::wstring EscapeXmlText(std::wstring_view value, bool escapeQuotes, bool keepEntities)
+{
+    std::wstring out;
+    out.reserve(value.size() + value.size() / 10 + 7);
+    AppendXmlEscaped(value, escapeQuotes, keepEntities, out);
     return out;
 }
 

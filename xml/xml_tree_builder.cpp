@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cwchar>
+#include <cstring>
 
 namespace cvas
 {
@@ -35,8 +35,14 @@ unsigned NameCharacterClass(wchar_t c)
     return u < 128 ? kNameCharacters[u] : kNameGoesOn;
 }
 
+// An end tag nearly always repeats its start tag's name exactly, which one
+// comparison of the memory finds; only a difference is looked at closely.
 bool SameName(const wchar_t* a, const wchar_t* b, std::size_t length, bool ignoreCase)
 {
+    if (std::memcmp(a, b, length * sizeof(wchar_t)) == 0)
+        return true;
+    if (!ignoreCase)
+        return false;
     for (std::size_t i = 0; i < length; ++i)
     {
         if (!SameXmlNameCharacter(a[i], b[i], ignoreCase))
@@ -223,6 +229,7 @@ std::size_t CXmlTreeBuilder::ReadCommon(std::size_t offset)
 {
     const wchar_t* const data = m_text.data();
     const wchar_t* const end = data + m_text.size();
+    const bool tokenizerOnly = m_tokenizerOnly;
     const wchar_t* at = data + offset;
     while (at < end)
     {
@@ -232,7 +239,7 @@ std::size_t CXmlTreeBuilder::ReadCommon(std::size_t offset)
             at = FindXmlCharacter(at, end, L'<');
             continue;
         }
-        if (m_tokenizerOnly || end - at < 2)
+        if (tokenizerOnly || end - at < 2)
             break;
         const std::size_t tag = static_cast<std::size_t>(at - data);
         if (at[1] == L'/')
@@ -266,8 +273,8 @@ void CXmlTreeBuilder::OpenTag(const XmlToken& token)
 }
 
 // A new element, the last child of the innermost open element.
-void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length, std::size_t nameLength,
-                                 bool empty)
+inline void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length,
+                                        std::size_t nameLength, bool empty)
 {
     CXmlElementTable& table = *m_table;
     OpenElement& parent = m_open.back();
