@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #if defined(__SSE2__)
@@ -104,6 +105,40 @@ inline const wchar_t* FindXmlCharacterBelow(const wchar_t* p, const wchar_t* end
     while (p < end && static_cast<Unsigned>(*p) >= bound && *p != also)
         ++p;
     return p;
+}
+
+// Whether a[0, n) and b[0, n) hold the same characters, eight bytes a
+// step. Up to 32 bytes (most names) take four fixed steps, overlapping as
+// needed, without a branch that depends on the length.
+inline bool SameXmlCharacters(const wchar_t* a, const wchar_t* b, std::size_t n)
+{
+    const std::size_t bytes = n * sizeof(wchar_t);
+    if (bytes < 8)
+    {
+        for (std::size_t i = 0; i < n; ++i)
+        {
+            if (a[i] != b[i])
+                return false;
+        }
+        return true;
+    }
+    const auto differs = [a, b](std::size_t offset) {
+        std::uint64_t x;
+        std::uint64_t y;
+        std::memcpy(&x, reinterpret_cast<const char*>(a) + offset, sizeof x);
+        std::memcpy(&y, reinterpret_cast<const char*>(b) + offset, sizeof y);
+        return x ^ y;
+    };
+    const std::size_t last = bytes - 8;
+    std::size_t offset = 0;
+    for (; offset + 32 < bytes; offset += 8)
+    {
+        if (differs(offset) != 0)
+            return false;
+    }
+    const std::size_t second = offset + 8 < last ? offset + 8 : last;
+    const std::size_t third = offset + 16 < last ? offset + 16 : last;
+    return (differs(offset) | differs(second) | differs(third) | differs(last)) == 0;
 }
 
 } // namespace cvas

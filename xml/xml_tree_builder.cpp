@@ -2,9 +2,11 @@
 
 #include "xml/xml_char_search.h"
 #include "xml/xml_names.h"
+#include "xml/xml_tag_open_masks.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 
 namespace cvas
@@ -39,7 +41,7 @@ unsigned NameCharacterClass(wchar_t c)
 // comparison of the memory finds; only a difference is looked at closely.
 bool SameName(const wchar_t* a, const wchar_t* b, std::size_t length, bool ignoreCase)
 {
-    if (std::memcmp(a, b, length * sizeof(wchar_t)) == 0)
+    if (SameXmlCharacters(a, b, length))
         return true;
     if (!ignoreCase)
         return false;
@@ -229,40 +231,49 @@ std::size_t CXmlTreeBuilder::ReadCommon(std::size_t offset)
 {
     const wchar_t* const data = m_text.data();
     const wchar_t* const end = data + m_text.size();
-    const bool tokenizerOnly = m_tokenizerOnly;
-    const wchar_t* at = data + offset;
-    while (at < end)
+    if (m_tokenizerOnly)
     {
-        // Text and white space build nothing: on to the next tag.
-        if (*at != L'<')
+        const wchar_t* const tag = FindXmlCharacter(data + offset, end, L'<');
+        return static_cast<std::size_t>(tag - data);
+    }
+    // Every "<" from offset on, in order, one block of bits at a time. A "<"
+    // inside a tag already read (in a quoted value) is passed over.
+    const CXmlTagOpenMasks masks(data, end);
+    std::size_t at = offset;
+    for (std::size_t block = offset / masks.kBlock; block < masks.Blocks(); ++block)
+    {
+        for (std::uint64_t opens = masks.Block(block); opens != 0; opens &= opens - 1)
         {
-            at = FindXmlCharacter(at, end, L'<');
-            continue;
-        }
-        if (tokenizerOnly || end - at < 2)
-            break;
-        const std::size_t tag = static_cast<std::size_t>(at - data);
-        if (at[1] == L'/')
-        {
-            const OpenElement& open = m_open.back();
-            const wchar_t* const after =
-                PlainEndTagEnd(at, end, data + open.nameStart, open.nameLength, m_ignoreCase);
-            if (after == nullptr || m_open.size() < 2)
-                break;
-            CloseOpen(m_open.size() - 1, tag, static_cast<std::size_t>(after - at));
-            at = after;
-        }
-        else
-        {
-            std::size_t nameLength = 0;
-            const wchar_t* const after = PlainStartTagEnd(at, end, nameLength);
-            if (after == nullptr)
-                break;
-            AddElement(tag, static_cast<std::size_t>(after - at), nameLength, after[-2] == L'/');
-            at = after;
+            const std::size_t tag =
+                block * masks.kBlock + static_cast<std::size_t>(std::countr_zero(opens));
+            if (tag < at)
+                continue;
+            const wchar_t* const where = data + tag;
+            if (end - where < 2)
+                return tag;
+            const wchar_t* after;
+            if (where[1] == L'/')
+            {
+                const OpenElement& open = m_open.back();
+                after = PlainEndTagEnd(where, end, data + open.nameStart, open.nameLength,
+                                       m_ignoreCase);
+                if (after == nullptr || m_open.size() < 2)
+                    return tag;
+                CloseOpen(m_open.size() - 1, tag, static_cast<std::size_t>(after - where));
+            }
+            else
+            {
+                std::size_t nameLength = 0;
+                after = PlainStartTagEnd(where, end, nameLength);
+                if (after == nullptr)
+                    return tag;
+                AddElement(tag, static_cast<std::size_t>(after - where), nameLength,
+                           after[-2] == L'/');
+            }
+            at = static_cast<std::size_t>(after - data);
         }
     }
-    return static_cast<std::size_t>(at - data);
+    return m_text.size();
 }
 
 void CXmlTreeBuilder::OpenTag(const XmlToken& token)
