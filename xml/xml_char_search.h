@@ -65,15 +65,27 @@ inline const wchar_t* FindXmlCharacter(const wchar_t* p, const wchar_t* end, Cha
 #ifdef CVAS_XML_SSE2
     using namespace xml_sse2;
     const __m128i splats[] = {Splat(wanted)...};
-    for (; end - p >= kStep; p += kStep)
-    {
-        const __m128i lanes = LoadEight(p);
+    const auto matches = [&splats](const wchar_t* eight) {
+        const __m128i lanes = LoadEight(eight);
         __m128i found = _mm_cmpeq_epi16(lanes, splats[0]);
         for (std::size_t k = 1; k < sizeof...(wanted); ++k)
             found = _mm_or_si128(found, _mm_cmpeq_epi16(lanes, splats[k]));
-        const int mask = _mm_movemask_epi8(found);
-        if (mask != 0)
-            return p + FirstLane(mask);
+        return _mm_movemask_epi8(found);
+    };
+    if (end - p >= kStep)
+    {
+        for (; end - p >= kStep; p += kStep)
+        {
+            if (const int mask = matches(p))
+                return p + FirstLane(mask);
+        }
+        // The last few characters: one more step that ends at the end and
+        // looks again at some already passed (none of which matched).
+        if (p == end)
+            return end;
+        p = end - kStep;
+        const int mask = matches(p);
+        return mask != 0 ? p + FirstLane(mask) : end;
     }
 #endif
     while (p < end && ((*p != wanted) && ...))
@@ -91,13 +103,22 @@ inline const wchar_t* FindXmlCharacterBelow(const wchar_t* p, const wchar_t* end
 #ifdef CVAS_XML_SSE2
     using namespace xml_sse2;
     const __m128i other = Splat(also);
-    for (; end - p >= kStep; p += kStep)
+    const auto matches = [limit, &other](const wchar_t* eight) {
+        const __m128i lanes = LoadEight(eight);
+        return _mm_movemask_epi8(_mm_or_si128(Below(lanes, limit), _mm_cmpeq_epi16(lanes, other)));
+    };
+    if (end - p >= kStep)
     {
-        const __m128i lanes = LoadEight(p);
-        const int mask =
-            _mm_movemask_epi8(_mm_or_si128(Below(lanes, limit), _mm_cmpeq_epi16(lanes, other)));
-        if (mask != 0)
-            return p + FirstLane(mask);
+        for (; end - p >= kStep; p += kStep)
+        {
+            if (const int mask = matches(p))
+                return p + FirstLane(mask);
+        }
+        if (p == end)
+            return end;
+        p = end - kStep; // as in FindXmlCharacter
+        const int mask = matches(p);
+        return mask != 0 ? p + FirstLane(mask) : end;
     }
 #endif
     using Unsigned = std::make_unsigned_t<wchar_t>;

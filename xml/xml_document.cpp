@@ -136,6 +136,9 @@ bool CXmlDocument::OutOfElem()
 std::uint32_t CXmlDocument::FindPath(std::wstring_view path, std::uint32_t firstCandidate,
                                      std::uint32_t searchedFrom) const
 {
+    const XmlPathKind kind = KindOfXmlPath(path);
+    if (kind != XmlPathKind::Steps)
+        return kind == XmlPathKind::Name ? NextNamed(path, firstCandidate) : 0;
     const bool fromRoot = !path.empty() && path[0] == L'/';
     if (fromRoot && path.size() > 1 && path[1] == L'/')
     {
@@ -162,8 +165,15 @@ std::uint32_t CXmlDocument::FindPath(std::wstring_view path, std::uint32_t first
 // element is looked at once per step.
 std::uint32_t CXmlDocument::MatchSteps(std::wstring_view path, std::uint32_t firstCandidate) const
 {
-    if (IsPlainXmlPathName(path))
+    switch (KindOfXmlPath(path))
+    {
+    case XmlPathKind::Name:
         return NextNamed(path, firstCandidate);
+    case XmlPathKind::NameOfNoElement:
+        return 0;
+    case XmlPathKind::Steps:
+        break;
+    }
     const XmlPathStep step = ParseXmlPathStep(path);
     std::uint32_t count = 0;
     for (std::uint32_t element = firstCandidate; element != 0; element = m_table[element].next)
@@ -183,12 +193,12 @@ std::uint32_t CXmlDocument::MatchSteps(std::wstring_view path, std::uint32_t fir
 }
 
 // The first element from firstCandidate on (through its next siblings)
-// with the given name.
+// with the given name, which holds no character that ends tag names.
 std::uint32_t CXmlDocument::NextNamed(std::wstring_view name, std::uint32_t firstCandidate) const
 {
     for (std::uint32_t element = firstCandidate; element != 0; element = m_table[element].next)
     {
-        if (XmlTagNameIs(StartTag(element), name, IgnoresCase()))
+        if (XmlTagNameIsPlainName(StartTag(element), name, IgnoresCase()))
             return element;
     }
     return 0;

@@ -1,6 +1,8 @@
 #pragma once
 // How tag and attribute names are delimited and compared.
 
+#include "xml/xml_char_search.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -48,21 +50,44 @@ inline bool SameXmlNameCharacter(wchar_t a, wchar_t b, bool ignoreCase)
 // Whether two names have the same characters, as above.
 bool XmlNamesEqual(std::wstring_view a, std::wstring_view b, bool ignoreCase);
 
-// Whether the tag name at the start of tagText (as XmlTagNameLength ends
-// it) is name: XmlNamesEqual on the name where it stands, without first
-// measuring it.
-inline bool XmlTagNameIs(std::wstring_view tagText, std::wstring_view name, bool ignoreCase)
+// Whether a name holds a character that ends tag names, so that no
+// element can have it.
+inline bool HoldsXmlTagNameEnd(std::wstring_view name)
 {
-    if (tagText.size() < name.size())
-        return false;
-    for (std::size_t i = 0; i < name.size(); ++i)
+    for (const wchar_t c : name)
     {
-        const wchar_t c = tagText[i];
-        // Every character that ends a name is "\" or below.
-        if ((c <= L'\\' && EndsXmlTagName(c)) || !SameXmlNameCharacter(c, name[i], ignoreCase))
+        if (c <= L'\\' && EndsXmlTagName(c)) // every such character is "\\" or below
+            return true;
+    }
+    return false;
+}
+
+// Whether the tag name at the start of tagText (as XmlTagNameLength ends it)
+// is name, which holds no character that ends tag names: XmlNamesEqual on
+// the name where it stands. The characters are compared as memory first;
+// only a difference is looked at letter by letter.
+inline bool XmlTagNameIsPlainName(std::wstring_view tagText, std::wstring_view name,
+                                  bool ignoreCase)
+{
+    const std::size_t n = name.size();
+    if (tagText.size() < n || (tagText.size() > n && !EndsXmlTagName(tagText[n])))
+        return false;
+    if (SameXmlCharacters(tagText.data(), name.data(), n))
+        return true;
+    if (!ignoreCase)
+        return false;
+    for (std::size_t i = 0; i < n; ++i)
+    {
+        if (!SameXmlNameCharacter(tagText[i], name[i], true))
             return false;
     }
-    return tagText.size() == name.size() || EndsXmlTagName(tagText[name.size()]);
+    return true;
+}
+
+// The same for any name.
+inline bool XmlTagNameIs(std::wstring_view tagText, std::wstring_view name, bool ignoreCase)
+{
+    return !HoldsXmlTagNameEnd(name) && XmlTagNameIsPlainName(tagText, name, ignoreCase);
 }
 
 // Writes into key a text that is the same for two names exactly when

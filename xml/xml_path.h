@@ -2,6 +2,9 @@
 // One step of a path for FindElem and FindChildElem: a name or "*",
 // optionally followed by one bracketed test. Steps are separated by "/".
 
+#include "xml/xml_names.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -42,12 +45,31 @@ inline std::size_t XmlPathNameLength(std::wstring_view path)
     return i;
 }
 
-// Whether a path is a single name and nothing else, which matches elements
-// by their name alone.
-inline bool IsPlainXmlPathName(std::wstring_view path)
+// What a path is: steps for ParseXmlPathStep, or a single name and nothing
+// else, which matches elements by name alone, or such a name that no element
+// has (it holds a character that ends tag names).
+enum class XmlPathKind
 {
-    return !path.empty() && XmlPathNameLength(path) == path.size() &&
-           !(path.size() == 1 && path[0] == L'*');
+    Steps,
+    Name,
+    NameOfNoElement,
+};
+
+inline XmlPathKind KindOfXmlPath(std::wstring_view path)
+{
+    if (path.empty() || (path.size() == 1 && path[0] == L'*'))
+        return XmlPathKind::Steps;
+    bool endsTagNames = false;
+    for (const wchar_t c : path)
+    {
+        // Letters, the most common characters by far, take the first test only.
+        if (c > L']')
+            continue;
+        if (c == L' ' || c == L'=' || c == L'/' || c == L'[' || c == L']')
+            return XmlPathKind::Steps;
+        endsTagNames = endsTagNames || EndsXmlTagName(c);
+    }
+    return endsTagNames ? XmlPathKind::NameOfNoElement : XmlPathKind::Name;
 }
 
 // Reads the first step of path. A name ends at the end of the path or at
