@@ -1,6 +1,7 @@
 #include "support/text_encoding.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -107,8 +108,9 @@ bool IsCutOffSequence(const unsigned char* p, std::size_t left)
 }
 
 // Widens the run of ASCII at the start of bytes[0, n), sixteen or eight
-// bytes at a time; returns the number of bytes widened (the rest of the run,
-// less than eight bytes, is left to the caller).
+// bytes at a time, and returns its length; the end of a run shorter than
+// eight bytes may be left to the caller. Sixteen bytes are written to out
+// even when fewer of them are ASCII.
 std::size_t WidenAscii(const unsigned char* bytes, std::size_t n, wchar_t* out)
 {
     std::size_t i = 0;
@@ -117,8 +119,7 @@ std::size_t WidenAscii(const unsigned char* bytes, std::size_t n, wchar_t* out)
     for (; i + 16 <= n; i += 16)
     {
         const __m128i sixteen = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
-        if (_mm_movemask_epi8(sixteen) != 0)
-            break;
+        const int other = _mm_movemask_epi8(sixteen); // the bytes that are not ASCII
         const __m128i low = _mm_unpacklo_epi8(sixteen, zero);
         const __m128i high = _mm_unpackhi_epi8(sixteen, zero);
         auto* to = reinterpret_cast<__m128i*>(out + i);
@@ -134,6 +135,8 @@ std::size_t WidenAscii(const unsigned char* bytes, std::size_t n, wchar_t* out)
             _mm_storeu_si128(to + 2, _mm_unpacklo_epi16(high, zero));
             _mm_storeu_si128(to + 3, _mm_unpackhi_epi16(high, zero));
         }
+        if (other != 0)
+            return i + static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(other)));
     }
 #endif
     for (; i + 8 <= n; i += 8)
@@ -149,8 +152,9 @@ std::size_t WidenAscii(const unsigned char* bytes, std::size_t n, wchar_t* out)
 }
 
 // Narrows the run of ASCII at the start of text[0, n), eight characters at a
-// time with SSE2; returns the number of characters narrowed (what is left
-// of the run, less than eight characters, is left to the caller).
+// time with SSE2, and returns its length; the end of a run shorter than
+// eight characters may be left to the caller. Eight bytes are written to
+// out even when fewer of the characters are ASCII.
 std::size_t NarrowAscii(const wchar_t* text, std::size_t n, char* out)
 {
     std::size_t i = 0;
@@ -162,22 +166,24 @@ std::size_t NarrowAscii(const wchar_t* text, std::size_t n, char* out)
     {
         const auto* from = reinterpret_cast<const __m128i*>(text + i);
         __m128i eight; // as 16-bit lanes
+        __m128i ascii; // a 16-bit lane of ones for each ASCII character
         if constexpr (sizeof(wchar_t) == 2)
         {
             eight = _mm_loadu_si128(from);
-            if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(eight, high), zero)) != 0xFFFF)
-                break;
+            ascii = _mm_cmpeq_epi16(_mm_and_si128(eight, high), zero);
         }
         else
         {
             const __m128i first = _mm_loadu_si128(from);
             const __m128i second = _mm_loadu_si128(from + 1);
-            const __m128i either = _mm_or_si128(first, second);
-            if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_and_si128(either, high), zero)) != 0xFFFF)
-                break;
             eight = _mm_packs_epi32(first, second);
+            ascii = _mm_packs_epi32(_mm_cmpeq_epi32(_mm_and_si128(first, high), zero),
+                                    _mm_cmpeq_epi32(_mm_and_si128(second, high), zero));
         }
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(eight, eight));
+        const auto other = static_cast<unsigned>(~_mm_movemask_epi8(ascii)) & 0xFFFFu;
+        if (other != 0)
+            return i + static_cast<std::size_t>(std::countr_zero(other)) / 2;
     }
 #else
     (void)text, (void)n, (void)out; // the caller's loop does it all
