@@ -5,8 +5,9 @@
 // packed into one with signed saturation, which keeps every character below
 // U+7FFF as it is and turns the others into 0x7FFF or 0x8000; the characters
 // looked for are all ASCII, so what matches is the same. Elsewhere, and for
-// the last few characters, the plain loops do the work.
+// texts of fewer than eight characters, the plain loops do the work.
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -51,7 +52,26 @@ inline __m128i Below(__m128i lanes, wchar_t limit)
 // The lane of the first set byte of a non-zero byte mask.
 inline std::ptrdiff_t FirstLane(int mask)
 {
-    return __builtin_ctz(static_cast<unsigned>(mask)) / 2;
+    return std::countr_zero(static_cast<unsigned>(mask)) / 2;
+}
+
+// The first character in [p, end), which holds at least eight, for which
+// matches (eight characters to a byte mask) sets a lane; or end. The last
+// few characters are looked at in one more step that ends at the end and
+// looks again at some already passed, none of which matched.
+template <typename Matches>
+inline const wchar_t* FindByEights(const wchar_t* p, const wchar_t* end, Matches matches)
+{
+    for (; end - p >= kStep; p += kStep)
+    {
+        if (const int mask = matches(p))
+            return p + FirstLane(mask);
+    }
+    if (p == end)
+        return end;
+    p = end - kStep;
+    const int mask = matches(p);
+    return mask != 0 ? p + FirstLane(mask) : end;
 }
 
 } // namespace xml_sse2
@@ -73,20 +93,7 @@ inline const wchar_t* FindXmlCharacter(const wchar_t* p, const wchar_t* end, Cha
         return _mm_movemask_epi8(found);
     };
     if (end - p >= kStep)
-    {
-        for (; end - p >= kStep; p += kStep)
-        {
-            if (const int mask = matches(p))
-                return p + FirstLane(mask);
-        }
-        // The last few characters: one more step that ends at the end and
-        // looks again at some already passed (none of which matched).
-        if (p == end)
-            return end;
-        p = end - kStep;
-        const int mask = matches(p);
-        return mask != 0 ? p + FirstLane(mask) : end;
-    }
+        return FindByEights(p, end, matches);
 #endif
     while (p < end && ((*p != wanted) && ...))
         ++p;
@@ -108,18 +115,7 @@ inline const wchar_t* FindXmlCharacterBelow(const wchar_t* p, const wchar_t* end
         return _mm_movemask_epi8(_mm_or_si128(Below(lanes, limit), _mm_cmpeq_epi16(lanes, other)));
     };
     if (end - p >= kStep)
-    {
-        for (; end - p >= kStep; p += kStep)
-        {
-            if (const int mask = matches(p))
-                return p + FirstLane(mask);
-        }
-        if (p == end)
-            return end;
-        p = end - kStep; // as in FindXmlCharacter
-        const int mask = matches(p);
-        return mask != 0 ? p + FirstLane(mask) : end;
-    }
+        return FindByEights(p, end, matches);
 #endif
     using Unsigned = std::make_unsigned_t<wchar_t>;
     const auto bound = static_cast<Unsigned>(limit);

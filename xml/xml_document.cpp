@@ -136,6 +136,8 @@ bool CXmlDocument::OutOfElem()
 std::uint32_t CXmlDocument::FindPath(std::wstring_view path, std::uint32_t firstCandidate,
                                      std::uint32_t searchedFrom) const
 {
+    // A path that is one name, the common case, is matched without being
+    // read as steps.
     const XmlPathKind kind = KindOfXmlPath(path);
     if (kind != XmlPathKind::Steps)
         return kind == XmlPathKind::Name ? NextNamed(path, firstCandidate) : 0;
@@ -165,15 +167,6 @@ std::uint32_t CXmlDocument::FindPath(std::wstring_view path, std::uint32_t first
 // element is looked at once per step.
 std::uint32_t CXmlDocument::MatchSteps(std::wstring_view path, std::uint32_t firstCandidate) const
 {
-    switch (KindOfXmlPath(path))
-    {
-    case XmlPathKind::Name:
-        return NextNamed(path, firstCandidate);
-    case XmlPathKind::NameOfNoElement:
-        return 0;
-    case XmlPathKind::Steps:
-        break;
-    }
     const XmlPathStep step = ParseXmlPathStep(path);
     std::uint32_t count = 0;
     for (std::uint32_t element = firstCandidate; element != 0; element = m_table[element].next)

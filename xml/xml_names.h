@@ -56,7 +56,7 @@ inline bool HoldsXmlTagNameEnd(std::wstring_view name)
 {
     for (const wchar_t c : name)
     {
-        if (c <= L'\\' && EndsXmlTagName(c)) // every such character is "\\" or below
+        if (c <= L'\\' && EndsXmlTagName(c)) // every such character is "\" or below
             return true;
     }
     return false;

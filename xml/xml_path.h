@@ -30,18 +30,19 @@ struct XmlPathStep
     bool MatchesAnyName() const { return name.empty() || (name.size() == 1 && name[0] == L'*'); }
 };
 
-// The length of the name at the start of a path: up to the end or to the
-// first of " =/[]".
+// A name in a path ends at one of " =/[]". Letters, the most common
+// characters by far, take the first test only.
+inline bool EndsXmlPathName(wchar_t c)
+{
+    return c <= L']' && (c == L' ' || c == L'=' || c == L'/' || c == L'[' || c == L']');
+}
+
+// The length of the name at the start of a path.
 inline std::size_t XmlPathNameLength(std::wstring_view path)
 {
     std::size_t i = 0;
-    for (; i < path.size(); ++i)
-    {
-        const wchar_t c = path[i];
-        // Letters, the most common characters by far, take the first test only.
-        if (c <= L']' && (c == L' ' || c == L'=' || c == L'/' || c == L'[' || c == L']'))
-            break;
-    }
+    while (i < path.size() && !EndsXmlPathName(path[i]))
+        ++i;
     return i;
 }
 
@@ -59,13 +60,13 @@ inline XmlPathKind KindOfXmlPath(std::wstring_view path)
 {
     if (path.empty() || (path.size() == 1 && path[0] == L'*'))
         return XmlPathKind::Steps;
+    // One pass for both questions: this runs at every search.
     bool endsTagNames = false;
     for (const wchar_t c : path)
     {
-        // Letters, the most common characters by far, take the first test only.
-        if (c > L']')
+        if (c > L']') // letters, the most common characters, end neither
             continue;
-        if (c == L' ' || c == L'=' || c == L'/' || c == L'[' || c == L']')
+        if (EndsXmlPathName(c))
             return XmlPathKind::Steps;
         endsTagNames = endsTagNames || EndsXmlTagName(c);
     }

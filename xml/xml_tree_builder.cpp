@@ -61,7 +61,7 @@ const wchar_t* PlainStartTagEnd(const wchar_t* tag, const wchar_t* end, std::siz
 {
     if (!StartsXmlElementTag(tag[1]))
         return nullptr;
-    // Every character that ends a name is below "@" or is "\\"; the others
+    // Every character that ends a name is below "@" or is "\"; the others
     // found that way (digits, "-", ".", ":" and so on) go on with the name.
     const wchar_t* at = tag + 1;
     for (;;)
