@@ -18,12 +18,12 @@ void CXmlElementTable::Grow(std::size_t recordsWanted)
     if (recordsWanted <= m_capacity)
         return;
     // Doubling keeps the copying of a growing table linear in its size.
-    const std::size_t size = std::max<std::size_t>(std::size_t{m_capacity} * 2, recordsWanted);
+    const std::size_t size = std::max(m_capacity * 2, recordsWanted);
     auto grown = std::make_unique_for_overwrite<XmlElementRecord[]>(size);
     if (m_records)
         std::memcpy(grown.get(), m_records.get(), m_nextFree * sizeof(XmlElementRecord));
     m_records = std::move(grown);
-    m_capacity = static_cast<std::uint32_t>(size);
+    m_capacity = size;
 }
 
 } // namespace cvas

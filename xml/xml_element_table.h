@@ -70,25 +70,27 @@ public:
     std::uint32_t Add(const XmlElementRecord& record)
     {
         if (m_nextFree >= m_capacity)
-            Grow(static_cast<std::size_t>(m_nextFree) + 1);
-        const std::uint32_t index = m_nextFree++;
+            Grow(m_nextFree + 1);
+        const std::size_t index = m_nextFree++;
         m_records[index] = record;
-        return index;
+        return static_cast<std::uint32_t>(index);
     }
 
     XmlElementRecord& operator[](std::uint32_t index) { return m_records[index]; }
     const XmlElementRecord& operator[](std::uint32_t index) const { return m_records[index]; }
 
-    std::uint32_t Capacity() const { return m_capacity; }
+    std::uint32_t Capacity() const { return static_cast<std::uint32_t>(m_capacity); }
     // One past the highest index handed out.
-    std::uint32_t End() const { return m_nextFree; }
+    std::uint32_t End() const { return static_cast<std::uint32_t>(m_nextFree); }
 
 private:
     void Grow(std::size_t recordsWanted);
 
     std::unique_ptr<XmlElementRecord[]> m_records;
-    std::uint32_t m_capacity = 0;
-    std::uint32_t m_nextFree = 1;
+    // Of another type than the records' fields, so that the compiler knows
+    // that writing a record leaves them as they were.
+    std::size_t m_capacity = 0;
+    std::size_t m_nextFree = 1;
 };
 
 } // namespace cvas
