@@ -1,7 +1,13 @@
 #include "support/text_encoding.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace cvas
 {
@@ -46,21 +52,6 @@ std::size_t EncodeUtf8(char32_t c, char* out)
     out[2] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
     out[3] = static_cast<char>(0x80 | (c & 0x3F));
     return 4;
-}
-
-// Writes a code point as one wide character, or as a surrogate pair where
-// wchar_t is a UTF-16 unit; returns the number of units written.
-std::size_t EncodeWide(char32_t c, wchar_t* out)
-{
-    if (kWide16 && c >= 0x10000)
-    {
-        c -= 0x10000;
-        out[0] = static_cast<wchar_t>(0xD800 + (c >> 10));
-        out[1] = static_cast<wchar_t>(0xDC00 + (c & 0x3FF));
-        return 2;
-    }
-    out[0] = static_cast<wchar_t>(c);
-    return 1;
 }
 
 // Decodes one well-formed UTF-8 sequence of two or more bytes starting at
@@ -115,6 +106,90 @@ bool IsCutOffSequence(const unsigned char* p, std::size_t left)
     return true;
 }
 
+// Widens the run of ASCII at the start of bytes[0, n), sixteen or eight
+// bytes at a time, and returns its length; the end of a run shorter than
+// eight bytes may be left to the caller. Sixteen bytes are written to out
+// even when fewer of them are ASCII.
+std::size_t WidenAscii(const unsigned char* bytes, std::size_t n, wchar_t* out)
+{
+    std::size_t i = 0;
+#ifdef __SSE2__
+    const __m128i zero = _mm_setzero_si128();
+    for (; i + 16 <= n; i += 16)
+    {
+        const __m128i sixteen = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+        const int other = _mm_movemask_epi8(sixteen); // the bytes that are not ASCII
+        const __m128i low = _mm_unpacklo_epi8(sixteen, zero);
+        const __m128i high = _mm_unpackhi_epi8(sixteen, zero);
+        auto* to = reinterpret_cast<__m128i*>(out + i);
+        if constexpr (sizeof(wchar_t) == 2)
+        {
+            _mm_storeu_si128(to, low);
+            _mm_storeu_si128(to + 1, high);
+        }
+        else
+        {
+            _mm_storeu_si128(to, _mm_unpacklo_epi16(low, zero));
+            _mm_storeu_si128(to + 1, _mm_unpackhi_epi16(low, zero));
+            _mm_storeu_si128(to + 2, _mm_unpacklo_epi16(high, zero));
+            _mm_storeu_si128(to + 3, _mm_unpackhi_epi16(high, zero));
+        }
+        if (other != 0)
+            return i + static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(other)));
+    }
+#endif
+    for (; i + 8 <= n; i += 8)
+    {
+        std::uint64_t word;
+        std::memcpy(&word, bytes + i, 8);
+        if (word & 0x8080808080808080ull)
+            break;
+        for (std::size_t k = 0; k < 8; ++k)
+            out[i + k] = static_cast<wchar_t>(bytes[i + k]);
+    }
+    return i;
+}
+
+// Narrows the run of ASCII at the start of text[0, n), eight characters at a
+// time with SSE2, and returns its length; the end of a run shorter than
+// eight characters may be left to the caller. Eight bytes are written to
+// out even when fewer of the characters are ASCII.
+std::size_t NarrowAscii(const wchar_t* text, std::size_t n, char* out)
+{
+    std::size_t i = 0;
+#ifdef __SSE2__
+    const __m128i high = sizeof(wchar_t) == 2 ? _mm_set1_epi16(static_cast<short>(0xFF80))
+                                              : _mm_set1_epi32(static_cast<int>(0xFFFFFF80));
+    const __m128i zero = _mm_setzero_si128();
+    for (; i + 8 <= n; i += 8)
+    {
+        const auto* from = reinterpret_cast<const __m128i*>(text + i);
+        __m128i eight; // as 16-bit lanes
+        __m128i ascii; // a 16-bit lane of ones for each ASCII character
+        if constexpr (sizeof(wchar_t) == 2)
+        {
+            eight = _mm_loadu_si128(from);
+            ascii = _mm_cmpeq_epi16(_mm_and_si128(eight, high), zero);
+        }
+        else
+        {
+            const __m128i first = _mm_loadu_si128(from);
+            const __m128i second = _mm_loadu_si128(from + 1);
+            eight = _mm_packs_epi32(first, second);
+            ascii = _mm_packs_epi32(_mm_cmpeq_epi32(_mm_and_si128(first, high), zero),
+                                    _mm_cmpeq_epi32(_mm_and_si128(second, high), zero));
+        }
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(eight, eight));
+        const auto other = static_cast<unsigned>(~_mm_movemask_epi8(ascii)) & 0xFFFFu;
+        if (other != 0)
+            return i + static_cast<std::size_t>(std::countr_zero(other)) / 2;
+    }
+#else
+    (void)text, (void)n, (void)out; // the caller's loop does it all
+#endif
+    return i;
+}
+
 // Decodes bytes onto out through a small buffer that stays in cache. Unless
 // final, a sequence cut off by the end of bytes is left for the next piece.
 // Returns the number of bytes decoded.
@@ -134,18 +209,9 @@ std::size_t DecodeUtf8(std::string_view bytes, std::wstring& out, bool final)
             out.append(buffer, used);
             used = 0;
         }
-        // Runs of ASCII, eight bytes at a time.
-        while (i + 8 <= n && used + 8 <= kBlock)
-        {
-            std::uint64_t word;
-            std::memcpy(&word, p + i, 8);
-            if (word & 0x8080808080808080ull)
-                break;
-            for (int k = 0; k < 8; ++k)
-                buffer[used + k] = static_cast<wchar_t>(p[i + k]);
-            used += 8;
-            i += 8;
-        }
+        const std::size_t ascii = WidenAscii(p + i, std::min(n - i, kBlock - used), buffer + used);
+        used += ascii;
+        i += ascii;
         if (i >= n || used >= kBlock)
             continue;
         if (p[i] < 0x80)
@@ -162,7 +228,7 @@ std::size_t DecodeUtf8(std::string_view bytes, std::wstring& out, bool final)
             buffer[used++] = static_cast<wchar_t>(p[i++]);
             continue;
         }
-        used += EncodeWide(c, buffer + used);
+        used += WriteCodePointAsWide(c, buffer + used);
         i += length;
     }
     out.append(buffer, used);
@@ -171,10 +237,17 @@ std::size_t DecodeUtf8(std::string_view bytes, std::wstring& out, bool final)
 
 } // namespace
 
-void AppendCodePointAsWide(char32_t c, std::wstring& out)
+std::size_t WriteCodePointAsWide(char32_t c, wchar_t* out)
 {
-    wchar_t units[2];
-    out.append(units, EncodeWide(c, units));
+    if (kWide16 && c >= 0x10000)
+    {
+        c -= 0x10000;
+        out[0] = static_cast<wchar_t>(0xD800 + (c >> 10));
+        out[1] = static_cast<wchar_t>(0xDC00 + (c & 0x3FF));
+        return 2;
+    }
+    out[0] = static_cast<wchar_t>(c);
+    return 1;
 }
 
 void AppendWideAsUtf8(std::wstring_view text, std::string& out)
@@ -186,23 +259,30 @@ void AppendWideAsUtf8(std::wstring_view text, std::string& out)
     out.reserve(out.size() + text.size());
     const std::size_t n = text.size();
     std::size_t used = 0;
-    for (std::size_t i = 0; i < n; ++i)
+    std::size_t i = 0;
+    while (i < n)
     {
         if (used >= kBlock)
         {
             out.append(buffer, used);
             used = 0;
         }
-        char32_t c = static_cast<char32_t>(text[i]);
+        const std::size_t ascii =
+            NarrowAscii(text.data() + i, std::min(n - i, kBlock - used), buffer + used);
+        used += ascii;
+        i += ascii;
+        if (i >= n || used >= kBlock)
+            continue;
+        char32_t c = static_cast<char32_t>(text[i++]);
         if (c < 0x80)
         {
             buffer[used++] = static_cast<char>(c);
             continue;
         }
-        if (IsHighSurrogate(c) && kWide16 && i + 1 < n &&
-            IsLowSurrogate(static_cast<char32_t>(text[i + 1])))
+        if (IsHighSurrogate(c) && kWide16 && i < n &&
+            IsLowSurrogate(static_cast<char32_t>(text[i])))
         {
-            c = 0x10000 + ((c - 0xD800) << 10) + (static_cast<char32_t>(text[i + 1]) - 0xDC00);
+            c = 0x10000 + ((c - 0xD800) << 10) + (static_cast<char32_t>(text[i]) - 0xDC00);
             ++i;
         }
         else if (IsHighSurrogate(c) || IsLowSurrogate(c) || c > 0x10FFFF)

@@ -30,8 +30,8 @@ bool IsWellFormedUtf8(std::string_view bytes);
 std::size_t AppendUtf8AsWidePartial(std::string_view bytes, std::wstring& out);
 
 // One code point (at most U+10FFFF) as wide text: a surrogate pair above
-// U+FFFF where wchar_t is a UTF-16 unit.
-void AppendCodePointAsWide(char32_t c, std::wstring& out);
+// U+FFFF where wchar_t is a UTF-16 unit. Returns the units written (1 or 2).
+std::size_t WriteCodePointAsWide(char32_t c, wchar_t* out);
 
 // Wide text to UTF-16LE bytes (two per unit, surrogate pairs above U+FFFF).
 std::string WideToUtf16Le(std::wstring_view text);

@@ -1,5 +1,6 @@
 #include "xml/xml_document.h"
 
+#include "xml/xml_char_search.h"
 #include "xml/xml_escaping.h"
 #include "xml/xml_names.h"
 
@@ -74,6 +75,16 @@ void CXmlDocument::ResetPositions()
     m_child = 0;
 }
 
+// The start tag of an element without its "<" and ">", within the text.
+std::wstring_view CXmlDocument::StartTag(std::uint32_t element) const
+{
+    const XmlElementRecord& record = m_table[element];
+    const std::size_t begin = std::min<std::size_t>(record.start + 1, m_text.size());
+    const std::size_t end = std::min<std::size_t>(
+        std::max<std::size_t>(record.start + StartTagLength(record), begin + 1) - 1, m_text.size());
+    return std::wstring_view(m_text).substr(begin, std::max(begin, end) - begin);
+}
+
 // Paths: a step is a name or "*" with an optional test ("[2]", "[@id]",
 // "[artist]"); further steps, after "/", search the children of the element
 // found so far. "/" at the start searches from the root element; "//" at
@@ -81,8 +92,7 @@ void CXmlDocument::ResetPositions()
 bool CXmlDocument::FindElem(std::wstring_view path)
 {
     const std::uint32_t first = m_current ? m_table[m_current].next : m_table[m_parent].firstChild;
-    const std::uint32_t found =
-        FindPath(path, first, NextInDocumentOrder(m_current ? m_current : m_parent));
+    const std::uint32_t found = FindPath(path, first, m_current ? m_current : m_parent);
     if (found == 0)
         return false;
     m_current = found;
@@ -96,8 +106,7 @@ bool CXmlDocument::FindChildElem(std::wstring_view path)
     if (m_current == 0 && !FindElem())
         return false;
     const std::uint32_t first = m_child ? m_table[m_child].next : m_table[m_current].firstChild;
-    const std::uint32_t found =
-        FindPath(path, first, NextInDocumentOrder(m_child ? m_child : m_current));
+    const std::uint32_t found = FindPath(path, first, m_child ? m_child : m_current);
     if (found == 0)
         return false;
     m_child = found;
@@ -125,13 +134,19 @@ bool CXmlDocument::OutOfElem()
 }
 
 std::uint32_t CXmlDocument::FindPath(std::wstring_view path, std::uint32_t firstCandidate,
-                                     std::uint32_t docOrderFrom) const
+                                     std::uint32_t searchedFrom) const
 {
-    if (path.starts_with(L"//"))
+    // A path that is one name, the common case, is matched without being
+    // read as steps.
+    const XmlPathKind kind = KindOfXmlPath(path);
+    if (kind != XmlPathKind::Steps)
+        return kind == XmlPathKind::Name ? NextNamed(path, firstCandidate) : 0;
+    const bool fromRoot = !path.empty() && path[0] == L'/';
+    if (fromRoot && path.size() > 1 && path[1] == L'/')
     {
         const XmlPathStep step = ParseXmlPathStep(path.substr(2));
         std::uint32_t count = 0;
-        for (std::uint32_t element = docOrderFrom; element != 0;
+        for (std::uint32_t element = NextInDocumentOrder(searchedFrom); element != 0;
              element = NextInDocumentOrder(element))
         {
             if (!StepMatches(element, step))
@@ -141,7 +156,7 @@ std::uint32_t CXmlDocument::FindPath(std::wstring_view path, std::uint32_t first
         }
         return 0;
     }
-    if (path.starts_with(L"/"))
+    if (fromRoot)
         return MatchSteps(path.substr(1), m_table[0].firstChild);
     return MatchSteps(path, firstCandidate);
 }
@@ -170,9 +185,21 @@ std::uint32_t CXmlDocument::MatchSteps(std::wstring_view path, std::uint32_t fir
     return 0;
 }
 
+// The first element from firstCandidate on (through its next siblings)
+// with the given name, which holds no character that ends tag names.
+std::uint32_t CXmlDocument::NextNamed(std::wstring_view name, std::uint32_t firstCandidate) const
+{
+    for (std::uint32_t element = firstCandidate; element != 0; element = m_table[element].next)
+    {
+        if (XmlTagNameIsPlainName(StartTag(element), name, IgnoresCase()))
+            return element;
+    }
+    return 0;
+}
+
 bool CXmlDocument::StepMatches(std::uint32_t element, const XmlPathStep& step) const
 {
-    if (!step.MatchesAnyName() && !XmlNamesEqual(TagName(element), step.name, IgnoresCase()))
+    if (!step.MatchesAnyName() && !XmlTagNameIs(StartTag(element), step.name, IgnoresCase()))
         return false;
     switch (step.test)
     {
@@ -191,7 +218,7 @@ bool CXmlDocument::HasChildNamed(std::uint32_t element, std::wstring_view name) 
 {
     for (std::uint32_t child = m_table[element].firstChild; child != 0; child = m_table[child].next)
     {
-        if (name.empty() || XmlNamesEqual(TagName(child), name, IgnoresCase()))
+        if (name.empty() || XmlTagNameIs(StartTag(child), name, IgnoresCase()))
             return true;
     }
     return false;
@@ -210,29 +237,15 @@ std::uint32_t CXmlDocument::NextInDocumentOrder(std::uint32_t element) const
     return 0;
 }
 
-namespace
-{
-
-// The start tag of an element without its "<" and ">", within the text.
-std::wstring_view StartTagInside(const std::wstring& text, const XmlElementRecord& record)
-{
-    const std::size_t begin = std::min<std::size_t>(record.start + 1, text.size());
-    const std::size_t end = std::min<std::size_t>(
-        std::max<std::size_t>(record.start + StartTagLength(record), begin + 1) - 1, text.size());
-    return std::wstring_view(text).substr(begin, std::max(begin, end) - begin);
-}
-
-} // namespace
-
 std::wstring_view CXmlDocument::TagName(std::uint32_t element) const
 {
-    const std::wstring_view tag = StartTagInside(m_text, m_table[element]);
+    const std::wstring_view tag = StartTag(element);
     return tag.substr(0, XmlTagNameLength(tag));
 }
 
 std::wstring_view CXmlDocument::TagAttributes(std::uint32_t element) const
 {
-    const std::wstring_view tag = StartTagInside(m_text, m_table[element]);
+    const std::wstring_view tag = StartTag(element);
     return tag.substr(XmlTagNameLength(tag));
 }
 
@@ -249,13 +262,21 @@ std::wstring CXmlDocument::GetData() const
         std::min<std::size_t>(record.start + record.length - endTag, m_text.size());
     if (begin >= end)
         return {};
-    const std::wstring_view content = std::wstring_view(m_text).substr(begin, end - begin);
-    if (content.find(L'<') == std::wstring_view::npos)
-        return UnescapeXmlText(content);
-
-    // Mixed content: the pieces of text and the CDATA sections, in order.
-    std::wstring data;
+    // Plain text, the common case, is copied as it stands.
     const wchar_t* text = m_text.data();
+    const wchar_t* special = FindXmlCharacter(text + begin, text + end, L'<', L'&');
+    if (special == text + end)
+        return std::wstring(text + begin, end - begin);
+    if (FindXmlCharacter(special, text + end, L'<') == text + end)
+        return UnescapeXmlText(std::wstring_view(text + begin, end - begin));
+    return MixedData(begin, end);
+}
+
+// Mixed content: the pieces of text and the CDATA sections, in order.
+std::wstring CXmlDocument::MixedData(std::size_t begin, std::size_t end) const
+{
+    const wchar_t* text = m_text.data();
+    std::wstring data;
     for (std::size_t offset = begin; offset < end;)
     {
         const XmlToken token = NextXmlToken(text, end, offset);

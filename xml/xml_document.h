@@ -98,11 +98,16 @@ private:
     bool IgnoresCase() const { return (m_flags & kXmlDocIgnoreCase) != 0; }
 
     // Paths.
+    // A relative path searches from firstCandidate through its next siblings;
+    // "//" searches in document order after searchedFrom.
     std::uint32_t FindPath(std::wstring_view path, std::uint32_t firstCandidate,
-                           std::uint32_t docOrderFrom) const;
+                           std::uint32_t searchedFrom) const;
     std::uint32_t MatchSteps(std::wstring_view path, std::uint32_t firstCandidate) const;
+    std::uint32_t NextNamed(std::wstring_view name, std::uint32_t firstCandidate) const;
     bool StepMatches(std::uint32_t element, const XmlPathStep& step) const;
     std::uint32_t NextInDocumentOrder(std::uint32_t element) const;
+    std::wstring MixedData(std::size_t begin, std::size_t end) const;
+    std::wstring_view StartTag(std::uint32_t element) const;
     std::wstring_view TagName(std::uint32_t element) const;
     std::wstring_view TagAttributes(std::uint32_t element) const;
     bool HasChildNamed(std::uint32_t element, std::wstring_view name) const;
@@ -133,6 +138,8 @@ private:
     // then hold waits for the next load.
     std::wstring m_loadBuffer;
     CXmlElementTable m_loadTable;
+    // The markup of an element being added; kept for its memory.
+    std::wstring m_markup;
 };
 
 // A new document: the XML declaration line and no element, tag names

@@ -38,9 +38,9 @@ bool CXmlDocument::Insert(std::wstring_view name, std::wstring_view value, int f
     if (after == 0 && m_table[parent].firstChild != 0)
         after = m_table[m_table[parent].firstChild].prev; // the last child
 
-    // The element's own markup.
-    std::wstring markup;
-    markup.reserve(2 * name.size() + value.size() + value.size() / 10 + 16);
+    // The element's own markup, built where the memory of the last one is.
+    std::wstring& markup = m_markup;
+    markup.clear();
     markup += L'<';
     markup += name;
     std::size_t startTag = 0;
@@ -62,8 +62,8 @@ bool CXmlDocument::Insert(std::wstring_view name, std::wstring_view value, int f
         if (flags & kXmlAddCdata)
             AppendXmlCdata(value, markup);
         else
-            markup += EscapeXmlText(value, (flags & kXmlAddEscapeQuotes) != 0,
-                                    (flags & kXmlAddKeepEntities) != 0);
+            AppendXmlEscaped(value, (flags & kXmlAddEscapeQuotes) != 0,
+                             (flags & kXmlAddKeepEntities) != 0, markup);
         markup += L"</";
         markup += name;
         markup += L'>';
@@ -79,7 +79,7 @@ bool CXmlDocument::Insert(std::wstring_view name, std::wstring_view value, int f
         // After the element it follows and the line break that ends its line.
         const XmlElementRecord& previous = m_table[after];
         std::size_t at = std::min<std::size_t>(previous.start + previous.length, m_text.size());
-        if (std::wstring_view(m_text).substr(at).starts_with(kLineBreak))
+        if (at + 1 < m_text.size() && m_text[at] == L'\r' && m_text[at + 1] == L'\n')
             at += kLineBreak.size();
         else if (at < m_text.size() && m_text[at] == L'\n')
             at += 1;
@@ -102,33 +102,33 @@ bool CXmlDocument::Insert(std::wstring_view name, std::wstring_view value, int f
     else if (EndTagLength(parentRecord) == 0 && !(parentRecord.flagsAndLevel & kXmlNotEnded) &&
              parentRecord.length >= 3 &&
              parentRecord.start + parentRecord.length <= m_text.size() &&
-             m_text.compare(parentRecord.start + parentRecord.length - 2, 2, L"/>") == 0)
+             m_text[parentRecord.start + parentRecord.length - 2] == L'/' &&
+             m_text[parentRecord.start + parentRecord.length - 1] == L'>')
     {
-        // An empty parent "<p/>" becomes "<p>", line break, the child, "</p>".
+        // An empty parent "<p/>" becomes "<p>", line break, the child, "</p>",
+        // written around the child's markup.
         // "<p />" loses its space too; a "/" left last keeps a space after it,
         // or the tag would read as empty again.
         std::wstring_view open =
             std::wstring_view(m_text).substr(parentRecord.start, parentRecord.length - 2);
         while (open.size() > 1 && IsXmlSpace(open.back()))
             open.remove_suffix(1);
-        std::wstring replacement;
-        replacement.reserve(open.size() + markup.size() + TagName(parent).size() + 8);
-        replacement += open;
+        const std::size_t markupLength = markup.size();
+        markup.insert(0, kLineBreak);
+        markup.insert(0, 1, L'>');
         if (open.back() == L'/')
-            replacement += L' ';
-        replacement += L'>';
-        const std::size_t openLength = replacement.size();
-        replacement += kLineBreak;
-        replacement += markup;
-        replacement += L"</";
-        replacement += TagName(parent);
-        replacement += L'>';
+            markup.insert(0, 1, L' ');
+        markup.insert(0, open);
+        const std::size_t openLength = markup.size() - markupLength - kLineBreak.size();
+        markup += L"</";
+        markup += TagName(parent);
+        markup += L'>';
         const std::size_t closeLength =
-            replacement.size() - openLength - kLineBreak.size() - markup.size();
-        ShiftFollowing(parent, 0, replacement.size() - parentRecord.length);
-        ReplaceText(parentRecord.start, parentRecord.length, replacement);
+            markup.size() - openLength - kLineBreak.size() - markupLength;
+        ShiftFollowing(parent, 0, markup.size() - parentRecord.length);
+        ReplaceText(parentRecord.start, parentRecord.length, markup);
         XmlElementRecord& rewritten = m_table[parent];
-        rewritten.length = static_cast<std::uint32_t>(replacement.size());
+        rewritten.length = static_cast<std::uint32_t>(markup.size());
         rewritten.tagLengths = PackTagLengths(openLength, closeLength);
         newStart = parentRecord.start + openLength + kLineBreak.size();
     }

@@ -44,7 +44,7 @@ constexpr std::wstring_view kUtf16Mark = L"UTF-16LE BOM + ";
 // that what is decoded is parsed while it is in the cache), and written in
 // pieces of kWritePiece characters.
 constexpr std::size_t kReadPiece = 512 * 1024;
-constexpr std::size_t kDecodePiece = 64 * 1024;
+constexpr std::size_t kDecodePiece = 8 * 1024;
 constexpr std::size_t kWritePiece = 32768;
 
 // Reads and decodes a UTF-8 file for the parser. A sequence cut at the end

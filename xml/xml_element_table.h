@@ -1,14 +1,13 @@
 #pragma once
 // The element index of a markup document: one record of eight 32-bit fields
-// per element, kept in segments of 65,536 records. An element index holds the
-// segment in its upper 16 bits and the entry in its lower 16 bits, so records
-// are found by index and the table can be reallocated freely. Index 0 stands
-// for the document itself; its first child is the root element.
+// per element, in one array. Records are found by index, so the table can be
+// reallocated freely, and reading one is a single step from the array's
+// start. Index 0 stands for the document itself; its first child is the root
+// element.
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace cvas
 {
@@ -60,45 +59,38 @@ inline std::uint32_t LevelOf(const XmlElementRecord& record)
 class CXmlElementTable
 {
 public:
-    static constexpr std::uint32_t kSegmentSize = 65536;
-
     // Forgets every element but index 0 (cleared) and makes room for at
     // least the given number of records. Memory already held is kept.
     void Reset(std::size_t recordsWanted);
 
     // A fresh, cleared record at the next unused index. Elements are never
     // removed from a document, so no index is ever handed back.
-    std::uint32_t Allocate()
+    std::uint32_t Allocate() { return Add(XmlElementRecord{}); }
+    // The given record at the next unused index, End() before the call.
+    std::uint32_t Add(const XmlElementRecord& record)
     {
         if (m_nextFree >= m_capacity)
-            Grow(static_cast<std::size_t>(m_nextFree) + 1);
-        const std::uint32_t index = m_nextFree++;
-        (*this)[index] = XmlElementRecord{};
-        return index;
+            Grow(m_nextFree + 1);
+        const std::size_t index = m_nextFree++;
+        m_records[index] = record;
+        return static_cast<std::uint32_t>(index);
     }
 
-    XmlElementRecord& operator[](std::uint32_t index)
-    {
-        return m_segments[index >> 16][index & 0xFFFF];
-    }
-    const XmlElementRecord& operator[](std::uint32_t index) const
-    {
-        return m_segments[index >> 16][index & 0xFFFF];
-    }
+    XmlElementRecord& operator[](std::uint32_t index) { return m_records[index]; }
+    const XmlElementRecord& operator[](std::uint32_t index) const { return m_records[index]; }
 
-    std::uint32_t Capacity() const { return m_capacity; }
+    std::uint32_t Capacity() const { return static_cast<std::uint32_t>(m_capacity); }
     // One past the highest index handed out.
-    std::uint32_t End() const { return m_nextFree; }
+    std::uint32_t End() const { return static_cast<std::uint32_t>(m_nextFree); }
 
 private:
     void Grow(std::size_t recordsWanted);
 
-    // Segment 0 may be smaller than a segment while documents are small: it
-    // doubles up to a whole segment; after that the table grows by whole
-    // segments.
-    std::vector<std::unique_ptr<XmlElementRecord[]>> m_segments;
-    std::uint32_t m_capacity = 0;
-    std::uint32_t m_nextFree = 1;
+    std::unique_ptr<XmlElementRecord[]> m_records;
+    // Of another type than the records' fields, so that the compiler knows
+    // that writing a record leaves them as they were.
+    std::size_t m_capacity = 0;
+    std::size_t m_nextFree = 1;
 };
 
 } // namespace cvas

@@ -1,10 +1,10 @@
 #include "xml/xml_escaping.h"
 
 #include "support/text_encoding.h"
+#include "xml/xml_char_search.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cwchar>
 
 namespace cvas
 {
@@ -89,20 +89,19 @@ constexpr NamedEntity kNamedEntities[] = {
 
 } // namespace
 
-std::wstring EscapeXmlText(std::wstring_view value, bool escapeQuotes, bool keepEntities)
+void AppendXmlEscaped(std::wstring_view value, bool escapeQuotes, bool keepEntities,
+                      std::wstring& out)
 {
-    std::wstring out;
-    out.reserve(value.size() + value.size() / 10 + 7);
-    auto put = [&out](std::wstring_view piece) {
-        if (out.size() + piece.size() > out.capacity())
-            out.reserve(std::max(out.capacity() * 2, out.size() + piece.size()));
-        out.append(piece);
-    };
-    std::size_t runStart = 0;
-    for (std::size_t i = 0; i < value.size(); ++i)
+    const wchar_t* const end = value.data() + value.size();
+    const wchar_t* run = value.data(); // the start of what is copied as it is
+    for (const wchar_t* at = run;; ++at)
     {
+        at = escapeQuotes ? FindXmlCharacter(at, end, L'<', L'>', L'&', L'\'', L'"')
+                          : FindXmlCharacter(at, end, L'<', L'>', L'&');
+        if (at == end)
+            break;
         std::wstring_view replacement;
-        switch (value[i])
+        switch (*at)
         {
         case L'<':
             replacement = L"&lt;";
@@ -111,57 +110,68 @@ std::wstring EscapeXmlText(std::wstring_view value, bool escapeQuotes, bool keep
             replacement = L"&gt;";
             break;
         case L'&':
-            if (keepEntities && EntityReferenceLength(value, i) != 0)
+            if (keepEntities &&
+                EntityReferenceLength(value, static_cast<std::size_t>(at - value.data())) != 0)
                 continue;
             replacement = L"&amp;";
             break;
         case L'\'':
-            if (escapeQuotes)
-                replacement = L"&apos;";
-            break;
-        case L'"':
-            if (escapeQuotes)
-                replacement = L"&quot;";
+            replacement = L"&apos;";
             break;
         default:
+            replacement = L"&quot;";
             break;
         }
-        if (replacement.empty())
-            continue;
-        put(value.substr(runStart, i - runStart));
-        put(replacement);
-        runStart = i + 1;
+        out.append(run, at);
+        out.append(replacement);
+        run = at + 1;
     }
-    put(value.substr(runStart));
+    out.append(run, end);
+}
+
+std::wstring EscapeXmlText(std::wstring_view value, bool escapeQuotes, bool keepEntities)
+{
+    std::wstring out;
+    out.reserve(value.size() + value.size() / 10 + 7);
+    AppendXmlEscaped(value, escapeQuotes, keepEntities, out);
     return out;
 }
 
+// Unescaping never lengthens a text (a reference of at least four
+// characters gives at most two units), so the result is written straight
+// into room made for the whole text and then cut to its length.
 void AppendXmlUnescaped(std::wstring_view text, std::wstring& out)
 {
-    std::size_t i = 0;
-    while (i < text.size())
+    const std::size_t start = out.size();
+    out.resize(start + text.size());
+    wchar_t* const first = out.data() + start;
+    wchar_t* write = first;
+    const wchar_t* const end = text.data() + text.size();
+    for (const wchar_t* read = text.data(); read < end;)
     {
-        const wchar_t* amp = std::wmemchr(text.data() + i, L'&', text.size() - i);
-        const std::size_t at = amp ? static_cast<std::size_t>(amp - text.data()) : text.size();
-        out.append(text.data() + i, at - i);
-        if (at >= text.size())
+        const wchar_t* const amp = FindXmlCharacter(read, end, L'&');
+        write = std::copy(read, amp, write);
+        if (amp == end)
             break;
-        const std::wstring_view rest = text.substr(at);
+        const std::size_t at = static_cast<std::size_t>(amp - text.data());
         std::size_t used = 0;
-        if (rest.size() > 2 && rest[1] == L'#')
+        if (end - amp > 2 && amp[1] == L'#')
         {
             char32_t code = 0;
             used = CharacterReference(text, at, code);
             if (used != 0)
-                AppendCodePointAsWide(code, out);
+                write += WriteCodePointAsWide(code, write);
         }
         else
         {
+            const std::wstring_view rest = text.substr(at);
             for (const NamedEntity& entity : kNamedEntities)
             {
-                if (rest.starts_with(entity.name))
+                // The second character tells most of them apart, cheaply.
+                if (rest.size() >= entity.name.size() && rest[1] == entity.name[1] &&
+                    rest.starts_with(entity.name))
                 {
-                    out.push_back(entity.character);
+                    *write++ = entity.character;
                     used = entity.name.size();
                     break;
                 }
@@ -169,17 +179,20 @@ void AppendXmlUnescaped(std::wstring_view text, std::wstring& out)
         }
         if (used == 0)
         {
-            out.push_back(L'&');
+            *write++ = L'&';
             used = 1;
         }
-        i = at + used;
+        read = amp + used;
     }
+    out.resize(start + static_cast<std::size_t>(write - first));
 }
 
 std::wstring UnescapeXmlText(std::wstring_view text)
 {
+    const wchar_t* const end = text.data() + text.size();
+    if (FindXmlCharacter(text.data(), end, L'&') == end)
+        return std::wstring(text);
     std::wstring out;
-    out.reserve(text.size());
     AppendXmlUnescaped(text, out);
     return out;
 }

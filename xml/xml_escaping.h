@@ -11,6 +11,8 @@ namespace cvas
 // rule for attribute values) "'" and '"' become "&apos;" and "&quot;" too.
 // With keepEntities an "&" that starts a well-formed entity reference ("&",
 // then a name start character, name characters and ";") is copied as it is.
+void AppendXmlEscaped(std::wstring_view value, bool escapeQuotes, bool keepEntities,
+                      std::wstring& out);
 std::wstring EscapeXmlText(std::wstring_view value, bool escapeQuotes, bool keepEntities);
 
 // The five named entities (compared with regard to case) and decimal or

@@ -14,11 +14,6 @@ bool EndsAttributeName(wchar_t c)
     return IsXmlSpace(c) || c == L'=' || c == L'/' || c == L'>' || c == L'"' || c == L'\'';
 }
 
-wchar_t FoldAscii(wchar_t c)
-{
-    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
-}
-
 } // namespace
 
 std::size_t XmlTagNameLength(std::wstring_view tagText)
@@ -37,7 +32,7 @@ bool XmlNamesEqual(std::wstring_view a, std::wstring_view b, bool ignoreCase)
         return a == b;
     for (std::size_t i = 0; i < a.size(); ++i)
     {
-        if (FoldAscii(a[i]) != FoldAscii(b[i]))
+        if (!SameXmlNameCharacter(a[i], b[i], true))
             return false;
     }
     return true;
@@ -47,7 +42,7 @@ void XmlNameKey(std::wstring_view name, bool ignoreCase, std::wstring& key)
 {
     key.assign(name);
     if (ignoreCase)
-        std::transform(key.begin(), key.end(), key.begin(), FoldAscii);
+        std::transform(key.begin(), key.end(), key.begin(), FoldXmlNameCharacter);
 }
 
 bool FindXmlAttribute(std::wstring_view attributes, std::wstring_view name, bool ignoreCase,

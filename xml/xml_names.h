@@ -1,6 +1,8 @@
 #pragma once
 // How tag and attribute names are delimited and compared.
 
+#include "xml/xml_char_search.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -32,10 +34,61 @@ constexpr bool EndsXmlTagName(wchar_t c)
 }
 std::size_t XmlTagNameLength(std::wstring_view tagText);
 
-// Whether two names have the same characters; with ignoreCase the ASCII
-// letters match without regard to case (other characters must be equal, so
-// the result is the same whatever the C runtime's locale).
+// Names compare with the ASCII letters folded to lower case when case is
+// ignored (other characters must be equal, so the result is the same
+// whatever the C runtime's locale).
+inline wchar_t FoldXmlNameCharacter(wchar_t c)
+{
+    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
+}
+
+inline bool SameXmlNameCharacter(wchar_t a, wchar_t b, bool ignoreCase)
+{
+    return a == b || (ignoreCase && FoldXmlNameCharacter(a) == FoldXmlNameCharacter(b));
+}
+
+// Whether two names have the same characters, as above.
 bool XmlNamesEqual(std::wstring_view a, std::wstring_view b, bool ignoreCase);
+
+// Whether a name holds a character that ends tag names, so that no
+// element can have it.
+inline bool HoldsXmlTagNameEnd(std::wstring_view name)
+{
+    for (const wchar_t c : name)
+    {
+        if (c <= L'\\' && EndsXmlTagName(c)) // every such character is "\" or below
+            return true;
+    }
+    return false;
+}
+
+// Whether the tag name at the start of tagText (as XmlTagNameLength ends it)
+// is name, which holds no character that ends tag names: XmlNamesEqual on
+// the name where it stands. The characters are compared as memory first;
+// only a difference is looked at letter by letter.
+inline bool XmlTagNameIsPlainName(std::wstring_view tagText, std::wstring_view name,
+                                  bool ignoreCase)
+{
+    const std::size_t n = name.size();
+    if (tagText.size() < n || (tagText.size() > n && !EndsXmlTagName(tagText[n])))
+        return false;
+    if (SameXmlCharacters(tagText.data(), name.data(), n))
+        return true;
+    if (!ignoreCase)
+        return false;
+    for (std::size_t i = 0; i < n; ++i)
+    {
+        if (!SameXmlNameCharacter(tagText[i], name[i], true))
+            return false;
+    }
+    return true;
+}
+
+// The same for any name.
+inline bool XmlTagNameIs(std::wstring_view tagText, std::wstring_view name, bool ignoreCase)
+{
+    return !HoldsXmlTagNameEnd(name) && XmlTagNameIsPlainName(tagText, name, ignoreCase);
+}
 
 // Writes into key a text that is the same for two names exactly when
 // XmlNamesEqual holds for them.

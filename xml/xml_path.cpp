@@ -7,8 +7,7 @@ namespace
 
 std::wstring_view LeadingName(std::wstring_view text)
 {
-    const std::size_t end = text.find_first_of(L" =/[]");
-    return text.substr(0, end);
+    return text.substr(0, XmlPathNameLength(text));
 }
 
 } // namespace
@@ -17,6 +16,8 @@ XmlPathStep ParseXmlPathStep(std::wstring_view path)
 {
     XmlPathStep step;
     step.name = LeadingName(path);
+    if (step.name.size() == path.size())
+        return step; // a plain name, the common case
     std::size_t at = step.name.size();
     if (at < path.size() && path[at] == L'[')
     {
@@ -47,7 +48,7 @@ XmlPathStep ParseXmlPathStep(std::wstring_view path)
         }
         at = close == std::wstring_view::npos ? path.size() : close + 1;
     }
-    const std::size_t slash = path.find(L'/', at);
+    const std::size_t slash = at < path.size() ? path.find(L'/', at) : std::wstring_view::npos;
     if (slash != std::wstring_view::npos)
         step.rest = path.substr(slash + 1);
     return step;

@@ -1,10 +1,12 @@
 #include "xml/xml_tree_builder.h"
 
+#include "xml/xml_char_search.h"
 #include "xml/xml_names.h"
+#include "xml/xml_tag_open_masks.h"
 
 #include <algorithm>
 #include <array>
-#include <cwchar>
+#include <bit>
 
 namespace cvas
 {
@@ -34,14 +36,75 @@ unsigned NameCharacterClass(wchar_t c)
     return u < 128 ? kNameCharacters[u] : kNameGoesOn;
 }
 
+// An end tag nearly always repeats its start tag's name exactly, which one
+// comparison of the memory finds; only a difference is looked at closely.
 bool SameName(const wchar_t* a, const wchar_t* b, std::size_t length, bool ignoreCase)
 {
+    if (SameXmlCharacters(a, b, length))
+        return true;
+    if (!ignoreCase)
+        return false;
     for (std::size_t i = 0; i < length; ++i)
     {
-        if (a[i] != b[i] && !(ignoreCase && XmlNamesEqual({a + i, 1}, {b + i, 1}, true)))
+        if (!SameXmlNameCharacter(a[i], b[i], ignoreCase))
             return false;
     }
     return true;
+}
+
+// The end of the start tag at tag when its name holds no quote (the
+// tokenizer's quoted mode would start inside the name); null when it is not
+// such a tag or end cuts it off. Gives the name's length as start tags and
+// end tags match it.
+const wchar_t* PlainStartTagEnd(const wchar_t* tag, const wchar_t* end, std::size_t& nameLength)
+{
+    if (!StartsXmlElementTag(tag[1]))
+        return nullptr;
+    // Every character that ends a name is below "@" or is "\"; the others
+    // found that way (digits, "-", ".", ":" and so on) go on with the name.
+    const wchar_t* at = tag + 1;
+    for (;;)
+    {
+        at = FindXmlCharacterBelow(at, end, L'@', L'\\');
+        if (at == end)
+            return nullptr;
+        if (*at == L'>') // the name ends the tag: the common case
+        {
+            nameLength = static_cast<std::size_t>(at - (tag + 1));
+            return at + 1;
+        }
+        const unsigned kind = NameCharacterClass(*at);
+        if (kind == kNameNeedsTokenizer)
+            return nullptr;
+        if (kind == kNameEnds)
+            break;
+        ++at;
+    }
+    nameLength = static_cast<std::size_t>(at - (tag + 1));
+    // Quotes of either kind open quoted mode, in which ">" does not end the
+    // tag, up to the next quote of the same kind.
+    for (;;)
+    {
+        at = FindXmlCharacter(at, end, L'>', L'"', L'\'');
+        if (at == end)
+            return nullptr;
+        if (*at == L'>')
+            return at + 1;
+        at = FindXmlCharacter(at + 1, end, *at);
+        if (at == end)
+            return nullptr;
+        ++at;
+    }
+}
+
+// The end of the end tag at tag when it is "</" name ">"; null otherwise.
+const wchar_t* PlainEndTagEnd(const wchar_t* tag, const wchar_t* end, const wchar_t* name,
+                              std::size_t nameLength, bool ignoreCase)
+{
+    const wchar_t* const close = tag + 2 + nameLength;
+    if (close >= end || *close != L'>' || !SameName(name, tag + 2, nameLength, ignoreCase))
+        return nullptr;
+    return close + 1;
 }
 
 } // namespace
@@ -81,27 +144,11 @@ std::wstring CXmlTreeBuilder::Build(std::wstring& text, IXmlTextSupply* supply,
                 continue;
             break;
         }
+        offset = ReadCommon(offset);
         const wchar_t* data = m_text.data();
         const std::size_t end = m_text.size();
-        // Text and white space build nothing: on to the next tag. Most runs
-        // are a line break between two tags, too short to be worth a call.
-        if (data[offset] != L'<')
-        {
-            const std::size_t near = std::min(end, offset + 8);
-            while (offset < near && data[offset] != L'<')
-                ++offset;
-            if (offset == near && offset < end)
-            {
-                const wchar_t* tag = std::wmemchr(data + offset, L'<', end - offset);
-                offset = tag ? static_cast<std::size_t>(tag - data) : end;
-            }
+        if (offset >= end)
             continue;
-        }
-        if (const std::size_t next = m_tokenizerOnly ? 0 : FastTag(offset))
-        {
-            offset = next;
-            continue;
-        }
         const XmlToken token = NextXmlToken(data, end, offset);
         // A token that reaches the end of what is there may run on into
         // the next piece: read it again with more text.
@@ -176,64 +223,56 @@ bool CXmlTreeBuilder::IsWellFormed(const CXmlElementTable& table)
            (table[0].flagsAndLevel & (kXmlIllFormed | kXmlIllFormedBelow)) == 0;
 }
 
-// Start and end tags of the common shape (a plain name, and for end tags
-// the name of the innermost open element) are read here without a token;
-// returns the offset after the tag, or 0 to leave the tag to the tokenizer.
-std::size_t CXmlTreeBuilder::FastTag(std::size_t offset)
+// Reads on from offset through text, white space and the tags of the
+// common shapes, up to the end of what has been supplied or to a tag that
+// the tokenizer must read; returns where it stopped.
+std::size_t CXmlTreeBuilder::ReadCommon(std::size_t offset)
 {
-    const wchar_t* data = m_text.data();
-    const std::size_t end = m_text.size();
-    if (offset + 1 >= end)
-        return 0;
-    if (data[offset + 1] == L'/')
+    const wchar_t* const data = m_text.data();
+    const wchar_t* const end = data + m_text.size();
+    if (m_tokenizerOnly)
     {
-        // The end tag of the innermost open element, written plainly.
-        const OpenElement& open = m_open.back();
-        const std::size_t close = offset + 2 + open.nameLength;
-        if (m_open.size() < 2 || close >= end || data[close] != L'>' ||
-            !SameName(data + open.nameStart, data + offset + 2, open.nameLength, m_ignoreCase))
-            return 0;
-        XmlElementRecord& record = (*m_table)[open.index];
-        record.length = static_cast<std::uint32_t>(close + 1 - record.start);
-        record.tagLengths = PackTagLengths(StartTagLength(record), close + 1 - offset);
-        LinkLastChild(open);
-        PopOpenTo(m_open.size() - 1);
-        return close + 1;
+        const wchar_t* const tag = FindXmlCharacter(data + offset, end, L'<');
+        return static_cast<std::size_t>(tag - data);
     }
-    if (!StartsXmlElementTag(data[offset + 1]))
-        return 0;
-    std::size_t i = offset + 1;
-    for (; i < end; ++i)
+    // Every "<" from offset on, in order, one block of bits at a time. A "<"
+    // inside a tag already read (in a quoted value) is passed over.
+    const CXmlTagOpenMasks masks(data, end);
+    std::size_t at = offset;
+    for (std::size_t block = offset / masks.kBlock; block < masks.Blocks(); ++block)
     {
-        const unsigned kind = NameCharacterClass(data[i]);
-        if (kind == kNameNeedsTokenizer)
-            return 0;
-        if (kind == kNameEnds)
-            break;
-    }
-    const std::size_t nameLength = i - (offset + 1);
-    wchar_t quote = 0;
-    for (; i < end; ++i)
-    {
-        const wchar_t c = data[i];
-        if (quote != 0)
+        for (std::uint64_t opens = masks.Block(block); opens != 0; opens &= opens - 1)
         {
-            if (c == quote)
-                quote = 0;
-        }
-        else if (c == L'>')
-        {
-            break;
-        }
-        else if (c == L'"' || c == L'\'')
-        {
-            quote = c;
+            const std::size_t tag =
+                block * masks.kBlock + static_cast<std::size_t>(std::countr_zero(opens));
+            if (tag < at)
+                continue;
+            const wchar_t* const where = data + tag;
+            if (end - where < 2)
+                return tag;
+            const wchar_t* after;
+            if (where[1] == L'/')
+            {
+                const OpenElement& open = m_open.back();
+                after = PlainEndTagEnd(where, end, data + open.nameStart, open.nameLength,
+                                       m_ignoreCase);
+                if (after == nullptr || m_open.size() < 2)
+                    return tag;
+                CloseOpen(m_open.size() - 1, tag, static_cast<std::size_t>(after - where));
+            }
+            else
+            {
+                std::size_t nameLength = 0;
+                after = PlainStartTagEnd(where, end, nameLength);
+                if (after == nullptr)
+                    return tag;
+                AddElement(tag, static_cast<std::size_t>(after - where), nameLength,
+                           after[-2] == L'/');
+            }
+            at = static_cast<std::size_t>(after - data);
         }
     }
-    if (i >= end)
-        return 0;
-    AddElement(offset, i + 1 - offset, nameLength, data[i - 1] == L'/');
-    return i + 1;
+    return m_text.size();
 }
 
 void CXmlTreeBuilder::OpenTag(const XmlToken& token)
@@ -244,12 +283,12 @@ void CXmlTreeBuilder::OpenTag(const XmlToken& token)
 }
 
 // A new element, the last child of the innermost open element.
-void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length, std::size_t nameLength,
-                                 bool empty)
+inline void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length,
+                                        std::size_t nameLength, bool empty)
 {
     CXmlElementTable& table = *m_table;
     OpenElement& parent = m_open.back();
-    const std::uint32_t index = table.Allocate();
+    const std::uint32_t index = table.End();
     std::uint32_t flagsAndLevel = static_cast<std::uint32_t>(m_open.size() - 1) & kXmlLevelMask;
     std::uint32_t previous;
     if (parent.lastChild == 0)
@@ -263,14 +302,8 @@ void CXmlTreeBuilder::AddElement(std::size_t start, std::size_t length, std::siz
         table[parent.lastChild].next = index;
         previous = parent.lastChild;
     }
-    table[index] = {static_cast<std::uint32_t>(start),
-                    static_cast<std::uint32_t>(length),
-                    PackTagLengths(length, 0),
-                    flagsAndLevel,
-                    parent.index,
-                    0,
-                    0,
-                    previous};
+    table.Add({static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(length),
+               PackTagLengths(length, 0), flagsAndLevel, parent.index, 0, 0, previous});
     parent.lastChild = index;
     if (!empty)
     {
@@ -321,11 +354,22 @@ void CXmlTreeBuilder::CloseTag(const XmlToken& token)
         MarkIllFormed();
         CloseNotEnded(match);
     }
-    XmlElementRecord& record = table[m_open[match].index];
-    record.length = static_cast<std::uint32_t>(token.End() - record.start);
-    record.tagLengths = PackTagLengths(StartTagLength(record), token.length);
-    LinkLastChild(m_open[match]);
-    PopOpenTo(m_open.size() - 1);
+    CloseOpen(match, token.start, token.length);
+}
+
+// Ends the open element at position (the innermost one left) with the end
+// tag at endTag.
+void CXmlTreeBuilder::CloseOpen(std::size_t position, std::size_t endTag, std::size_t endTagLength)
+{
+    const OpenElement& open = m_open[position];
+    XmlElementRecord& record = (*m_table)[open.index];
+    record.length = static_cast<std::uint32_t>(endTag + endTagLength - record.start);
+    record.tagLengths = PackTagLengths(StartTagLength(record), endTagLength);
+    LinkLastChild(open);
+    if (m_openNames.Active())
+        PopOpenTo(m_open.size() - 1);
+    else
+        m_open.pop_back();
 }
 
 void CXmlTreeBuilder::PopOpenTo(std::size_t count)

@@ -74,10 +74,11 @@ private:
     };
 
     bool MoreText();
-    std::size_t FastTag(std::size_t offset);
+    std::size_t ReadCommon(std::size_t offset);
     void OpenTag(const XmlToken& token);
     void AddElement(std::size_t start, std::size_t length, std::size_t nameLength, bool empty);
     void CloseTag(const XmlToken& token);
+    void CloseOpen(std::size_t position, std::size_t endTag, std::size_t endTagLength);
     void NoteError(const XmlToken& token);
     void NoteError(std::wstring message);
     void MarkIllFormed();

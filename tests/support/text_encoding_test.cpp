@@ -67,3 +67,38 @@ TEST(TextEncoding, Utf16LeRoundTripsAndDropsAnOddByte)
     EXPECT_EQ(Utf16LeToWide(bytes), text);
     EXPECT_EQ(Utf16LeToWide(bytes + "Z"), text);
 }
+
+TEST(TextEncoding, CharactersBeyondAsciiAnywhereInLongAsciiRuns)
+{
+    // Runs of ASCII are converted several characters at a time: one other
+    // character at every position of a long run must come out in place.
+    struct Case
+    {
+        std::wstring wide;
+        std::string utf8;
+    };
+    std::wstring lone(1, static_cast<wchar_t>(0xDC00));
+    const Case cases[] = {{L"\xE9", "\xC3\xA9"},
+                          {L"\x20AC", "\xE2\x82\xAC"},
+                          {MusicalNote(), "\xF0\x9F\x8E\xB5"},
+                          {L"\x7F", "\x7F"}};
+    for (const Case& other : cases)
+    {
+        for (std::size_t at = 0; at <= 40; ++at)
+        {
+            const std::wstring wide =
+                std::wstring(at, L'a') + other.wide + std::wstring(40 - at, L'b');
+            const std::string utf8 = std::string(at, 'a') + other.utf8 + std::string(40 - at, 'b');
+            EXPECT_EQ(WideToUtf8(wide), utf8) << at;
+            EXPECT_EQ(Utf8ToWide(utf8), wide) << at;
+        }
+    }
+    for (std::size_t at = 0; at <= 40; ++at)
+    {
+        // A lone surrogate, and a byte that starts no sequence.
+        EXPECT_EQ(WideToUtf8(std::wstring(at, L'a') + lone + L"bbbbbbbbbbbbbbbb"),
+                  std::string(at, 'a') + "\xEF\xBF\xBD" + "bbbbbbbbbbbbbbbb");
+        EXPECT_EQ(Utf8ToWide(std::string(at, 'a') + "\xFF" + "bbbbbbbbbbbbbbbb"),
+                  std::wstring(at, L'a') + L"\xFF" + L"bbbbbbbbbbbbbbbb");
+    }
+}

@@ -153,3 +153,33 @@ TEST(XmlNavigation, Attributes)
     EXPECT_EQ(document.GetAttrib(L"x"), L"");
     EXPECT_TRUE(document.FindElem(L"/a[@four]"));
 }
+
+TEST(XmlNavigation, SingleNamePathsMatchWholeNamesOnly)
+{
+    const wchar_t* text = L"<r><artist/><art/><artistx/><Art/><a?b/><t\tx='1'/>"
+                          L"<a-long-name-12345/><a-long-name-12346/></r>";
+    const auto found = [text](std::wstring_view path, std::uint32_t flags) {
+        CXmlDocument document;
+        document.SetDocFlags(flags);
+        document.SetDoc(text);
+        document.FindElem(L"r");
+        document.IntoElem();
+        std::wstring names; // every match, in order
+        while (document.FindElem(path))
+            names += document.GetTagName() + L";";
+        return names;
+    };
+    EXPECT_EQ(found(L"art", 0), L"art;");
+    EXPECT_EQ(found(L"artistx", 0), L"artistx;");
+    EXPECT_EQ(found(L"ART", 0), L"");
+    EXPECT_EQ(found(L"ART", kXmlDocIgnoreCase), L"art;Art;");
+    // A tag name ends at "?" or white space; a name holding such a character
+    // is no element's.
+    EXPECT_EQ(found(L"a", 0), L"a;");
+    EXPECT_EQ(found(L"t", 0), L"t;");
+    EXPECT_EQ(found(L"a?b", 0), L"");
+    EXPECT_EQ(found(L"t\tx", 0), L"");
+    // Long names differ in their last character only.
+    EXPECT_EQ(found(L"a-long-name-12346", 0), L"a-long-name-12346;");
+    EXPECT_EQ(found(L"A-LONG-NAME-12345", kXmlDocIgnoreCase), L"a-long-name-12345;");
+}
