@@ -87,4 +87,20 @@ void CMySubmittedListCtrl::AddSubmittedRow(bool succeeded, const CTrackRecord& r
     }
 }
 
+CRowBatch::CRowBatch(const CMySubmittedListCtrl& list, std::size_t rows)
+{
+    if (rows < 2 || list.Window() == nullptr)
+        return;
+    m_held = list.Window();
+    SendMessageW(m_held, WM_SETREDRAW, FALSE, 0);
+}
+
+CRowBatch::~CRowBatch()
+{
+    if (m_held == nullptr)
+        return;
+    SendMessageW(m_held, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(m_held, nullptr, FALSE);
+}
+
 } // namespace cvas

@@ -7,6 +7,8 @@
 
 #include <commctrl.h>
 
+#include <cstddef>
+
 #include "scrobbler/queue/track_record.h"
 #include "ui/ui_handles.h"
 
@@ -37,6 +39,22 @@ private:
     // it outlives the window.
     CImageList m_images;
     CWindow m_window;
+};
+
+// Holds back the list's redrawing while a batch of more than one row goes in,
+// so that the list updates its scroll bar and paints once for the batch: under
+// Wine each insertion into a visible list costs about 11 ms of scroll-bar
+// update.
+class CRowBatch
+{
+public:
+    CRowBatch(const CMySubmittedListCtrl& list, std::size_t rows);
+    ~CRowBatch();
+    CRowBatch(const CRowBatch&) = delete;
+    CRowBatch& operator=(const CRowBatch&) = delete;
+
+private:
+    HWND m_held = nullptr;
 };
 
 } // namespace cvas

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
-#include <map>
+#include <list>
 #include <memory>
 #include <vector>
 
@@ -35,14 +35,21 @@ PostedRecord MakePostedRecord(const CTrackRecord& record)
     return PostedRecord(copy.release());
 }
 
-// The windows that take rows and the copies on their way to them. The post
-// happens under the lock, so a window's end never falls between a sender's
-// look at the table and its post.
+struct COnItsWay
+{
+    HWND window;
+    bool succeeded;
+    PostedRecord copy;
+};
+
+// The windows that take rows and the copies on their way to them, in the
+// order of their posts. The post happens under the lock, so a window's end
+// never falls between a sender's look at the table and its post.
 struct CMailbox
 {
     CCriticalSection lock;
     std::vector<HWND> accepting;
-    std::map<CTrackRecord*, std::pair<HWND, PostedRecord>> onTheirWay;
+    std::list<COnItsWay> onTheirWay;
 };
 
 // Made once and never destroyed: nothing of it runs when the module unloads.
@@ -58,6 +65,24 @@ bool IsAccepting(const CMailbox& mailbox, HWND window)
            mailbox.accepting.end();
 }
 
+// Takes the copies on their way to window out of the table, in the order of
+// their posts. The caller holds the mailbox's lock.
+std::vector<COnItsWay> TakeCopiesFor(CMailbox& mailbox, HWND window)
+{
+    std::vector<COnItsWay> taken;
+    for (auto entry = mailbox.onTheirWay.begin(); entry != mailbox.onTheirWay.end();)
+    {
+        if (entry->window != window)
+        {
+            ++entry;
+            continue;
+        }
+        taken.push_back(std::move(*entry));
+        entry = mailbox.onTheirWay.erase(entry);
+    }
+    return taken;
+}
+
 } // namespace
 
 void AcceptSubmittedRows(HWND window)
@@ -70,21 +95,12 @@ void AcceptSubmittedRows(HWND window)
 
 void EndSubmittedRows(HWND window)
 {
-    std::vector<PostedRecord> dropped;
+    std::vector<COnItsWay> dropped;
     {
         CMailbox& mailbox = Mailbox();
         CLock lock(mailbox.lock);
         std::erase(mailbox.accepting, window);
-        for (auto entry = mailbox.onTheirWay.begin(); entry != mailbox.onTheirWay.end();)
-        {
-            if (entry->second.first != window)
-            {
-                ++entry;
-                continue;
-            }
-            dropped.push_back(std::move(entry->second.second));
-            entry = mailbox.onTheirWay.erase(entry);
-        }
+        dropped = TakeCopiesFor(mailbox, window);
     }
     // The copies are freed outside the lock, as they leave this scope.
 }
@@ -99,10 +115,10 @@ void ReportSubmission(HWND window, bool succeeded, const CTrackRecord& record,
     CLock lock(mailbox.lock);
     if (!IsAccepting(mailbox, window))
         return;
-    mailbox.onTheirWay.emplace(address, std::make_pair(window, std::move(copy)));
+    mailbox.onTheirWay.push_back(COnItsWay{window, succeeded, std::move(copy)});
     if (!PostMessageW(window, kSubmittedRowMessage, succeeded ? 1 : 0,
                       reinterpret_cast<LPARAM>(address)))
-        mailbox.onTheirWay.erase(address);
+        mailbox.onTheirWay.pop_back();
 }
 
 SubmissionReport MakeSubmissionReporter(HWND window)
@@ -112,20 +128,30 @@ SubmissionReport MakeSubmissionReporter(HWND window)
     };
 }
 
-void OnSubmittedRowMessage(CMySubmittedListCtrl* list, WPARAM wParam, LPARAM lParam)
+void OnSubmittedRowMessage(CMySubmittedListCtrl* list, WPARAM, LPARAM lParam)
 {
-    PostedRecord copy;
+    // The message's copy comes with every other copy on its way to the same
+    // window, in the order of their posts: during a backlog's drain the
+    // worker posts rows faster than one list update a row can follow, and a
+    // queue never empty of posts would hold back the poll timer. The later
+    // messages find their copies taken and do nothing.
+    std::vector<COnItsWay> batch;
     {
         CMailbox& mailbox = Mailbox();
         CLock lock(mailbox.lock);
-        const auto entry = mailbox.onTheirWay.find(reinterpret_cast<CTrackRecord*>(lParam));
-        if (entry == mailbox.onTheirWay.end())
+        const auto own = std::find_if(
+            mailbox.onTheirWay.begin(), mailbox.onTheirWay.end(), [lParam](const COnItsWay& entry) {
+                return reinterpret_cast<LPARAM>(entry.copy.get()) == lParam;
+            });
+        if (own == mailbox.onTheirWay.end())
             return;
-        copy = std::move(entry->second.second);
-        mailbox.onTheirWay.erase(entry);
+        batch = TakeCopiesFor(mailbox, own->window);
     }
-    if (list != nullptr)
-        list->AddSubmittedRow(wParam != 0, *copy);
+    if (list == nullptr)
+        return;
+    const CRowBatch rows(*list, batch.size());
+    for (const COnItsWay& entry : batch)
+        list->AddSubmittedRow(entry.succeeded, *entry.copy);
 }
 
 std::size_t PostedRecordsAlive()

@@ -10,14 +10,14 @@
 #include <cstddef>
 #include <string>
 
-#include "scrobbler/worker/submission_pass.h"
 #include "scrobbler/queue/track_record.h"
+#include "scrobbler/worker/submission_pass.h"
 
 namespace cvas
 {
 
 // wParam the success flag, lParam an owned heap CTrackRecord (the window
-// frees it after adding its row).
+// frees it after adding its row; the flag travels with the copy as well).
 constexpr UINT kSubmittedRowMessage = WM_USER + 2;
 
 class CMySubmittedListCtrl;
@@ -38,8 +38,9 @@ void ReportSubmission(HWND window, bool succeeded, const CTrackRecord& record,
 SubmissionReport MakeSubmissionReporter(HWND window);
 
 // Window side, for kSubmittedRowMessage: adds the row of the copy in lParam
-// to list (when there is one), then frees the copy. A copy that the window's
-// end freed already is not touched.
+// and of every other copy already on its way to the same window to list
+// (when there is one), in the order of their posts, then frees them. A copy
+// that an earlier message or the window's end took already is not touched.
 void OnSubmittedRowMessage(CMySubmittedListCtrl* list, WPARAM wParam, LPARAM lParam);
 
 // Copies made by ReportSubmission and not freed yet.

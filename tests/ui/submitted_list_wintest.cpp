@@ -163,3 +163,32 @@ TEST_F(SubmittedListTest, AReportFromTheWorkerBecomesARowAndTheWindowFreesTheCop
     DispatchWaitingMessages();
     EXPECT_EQ(ListView_GetItemCount(list.Window()), 1) << "a freed copy is never read";
 }
+
+TEST_F(SubmittedListTest, OneRowMessageTakesEveryRowWaitingForTheWindowInTheOrderOfThePosts)
+{
+    const std::size_t alive = PostedRecordsAlive();
+    const SubmissionReport report = MakeSubmissionReporter(plugin.Get());
+    report(true, Track(L"First"), L"OK");
+    report(false, Track(L"Second"), L"FAILED no");
+    report(true, Track(L"Third"), L"OK");
+
+    MSG message;
+    ASSERT_TRUE(PeekMessageW(&message, plugin.Get(), kSubmittedRowMessage, kSubmittedRowMessage,
+                             PM_REMOVE));
+    DispatchMessageW(&message);
+    EXPECT_EQ(PostedRecordsAlive(), alive);
+    ASSERT_EQ(ListView_GetItemCount(list.Window()), 3);
+    EXPECT_EQ(Row(0)[4], L"Third");
+    EXPECT_EQ(Row(1)[4], L"Second");
+    EXPECT_EQ(Row(1)[6], L"0") << "each row keeps its own outcome";
+    EXPECT_EQ(Row(2)[4], L"First");
+    // A list whose redrawing is held back would not ask to paint a new row.
+    ShowWindow(plugin.Get(), SW_SHOWNOACTIVATE);
+    UpdateWindow(list.Window());
+    ASSERT_FALSE(GetUpdateRect(list.Window(), nullptr, FALSE));
+    list.AddSubmittedRow(true, Track(L"Fourth"));
+    EXPECT_TRUE(GetUpdateRect(list.Window(), nullptr, FALSE)) << "the list draws again";
+
+    DispatchWaitingMessages();
+    EXPECT_EQ(ListView_GetItemCount(list.Window()), 4) << "the later messages add nothing";
+}
