@@ -9,7 +9,8 @@
 # drain rate (saved plays per second from Init to the last one's arrival),
 # Init's time on the player's UI thread, and the longest message the
 # control's windows handled meanwhile (its poll timer, which queues the
-# plays, among them) with how many took longer than 16 ms.
+# plays, among them), the longest poll alone, how many messages took longer
+# than 16 ms, and how many plays qualified during the run.
 # CVAS_BENCH_KEEP=1 keeps what the runs left (prefix, player output, logs).
 # CVAS_BENCH_DLL and CVAS_BENCH_STANDIN name another build's DLL and
 # stand-in, to measure an earlier version with the same harness.
@@ -99,6 +100,7 @@ def ms(pattern):
 init = ms(r"timing: Init: ([0-9.]+) ms")
 steps = [float(v) for v in re.findall(r"timing: line \d+: ([0-9.]+) ms", out)]
 longest = ms(r"timing: longest message in the control: ([0-9.]+) ms")
+poll = ms(r"timing: longest poll: ([0-9.]+) ms")
 over = re.search(r"timing: messages in the control: (\d+), (\d+) over 16 ms", out)
 names = set()
 for line in open(plays, encoding="utf-8"):
@@ -109,14 +111,14 @@ if init is None or len(steps) != 6 or saved != count or status != "0":
     print("FAILED: player exit %s, %d of %d saved plays arrived; see %s" % (status, saved, count, sys.argv[1]))
     sys.exit(1)
 drain = sum(steps) / 1000.0
-print("%8.1f plays/s %8.1f s %9.1f ms %9.1f ms %6s of %-6s %8d" % (
-    count / drain, drain, init, longest, over.group(2), over.group(1),
+print("%8.1f plays/s %8.1f s %9.1f ms %9.1f ms %9s ms %6s of %-6s %8d" % (
+    count / drain, drain, init, longest, "%.1f" % poll if poll is not None else "-", over.group(2), over.group(1),
     int(queries.group(1)) if queries else -1))
 PY
 }
 
-printf '%-8s %-12s %16s %10s %12s %12s %16s %8s\n' plays "status log" "drain rate" "drain" "Init" \
-  "longest msg" "msgs > 16 ms" "qualified"
+printf '%-8s %-12s %16s %10s %12s %12s %12s %16s %8s\n' plays "status log" "drain rate" "drain" "Init" \
+  "longest msg" "longest poll" "msgs > 16 ms" "qualified"
 status=0
 for count in "$@"; do
   for limit in default 2; do

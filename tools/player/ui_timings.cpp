@@ -36,6 +36,8 @@ void CUiTimings::AddControlMessage(UINT message, double ms)
     ++m_messages;
     if (ms > kFrameMs)
         ++m_overFrame;
+    if (message == WM_TIMER && ms > m_longestPollMs)
+        m_longestPollMs = ms;
     if (ms > m_longestMs)
     {
         m_longestMs = ms;
@@ -54,6 +56,7 @@ std::vector<std::wstring> CUiTimings::Lines() const
     lines.insert(lines.end(), m_steps.begin(), m_steps.end());
     lines.push_back(L"timing: longest message in the control: " + Ms(m_longestMs) + L" (message " +
                     std::to_wstring(m_longestMessage) + L")");
+    lines.push_back(L"timing: longest poll: " + Ms(m_longestPollMs));
     lines.push_back(L"timing: messages in the control: " + std::to_wstring(m_messages) + L", " +
                     std::to_wstring(m_overFrame) + L" over 16 ms");
     return lines;

@@ -35,13 +35,15 @@ public:
     // The real time a scenario step took.
     void AddStep(int line, double ms);
 
-    // "timing: ..." lines: Init, each step, the longest message and how many
-    // took longer than a frame.
+    // "timing: ..." lines: Init, each step, the longest message, the longest
+    // poll (the timer message, which queues a play that qualifies) and how
+    // many messages took longer than a frame.
     std::vector<std::wstring> Lines() const;
 
 private:
     double m_initMs = 0;
     double m_longestMs = 0;
+    double m_longestPollMs = 0;
     UINT m_longestMessage = 0;
     std::size_t m_messages = 0;
     std::size_t m_overFrame = 0;
