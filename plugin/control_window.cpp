@@ -72,6 +72,12 @@ LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
         OnSubmittedRowMessage(
             PartsOf(window) != nullptr ? &PartsOf(window)->submittedList : nullptr, wParam, lParam);
         return 0;
+    case WM_TIMER:
+        if (wParam != kSubmittedRowTimerId)
+            return DefWindowProcW(window, message, wParam, lParam);
+        OnSubmittedRowTimer(
+            PartsOf(window) != nullptr ? &PartsOf(window)->submittedList : nullptr, window);
+        return 0;
     case kPlayRequestMessage:
         PlayLibraryFile(static_cast<int>(wParam));
         return 0;

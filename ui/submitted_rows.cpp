@@ -15,6 +15,13 @@ namespace
 {
 
 std::atomic<std::size_t> g_postedAlive{0};
+std::atomic<ULONGLONG (*)()> g_paceClock{nullptr};
+
+ULONGLONG PaceClockNow()
+{
+    ULONGLONG (*const clock)() = g_paceClock;
+    return clock != nullptr ? clock() : GetTickCount64();
+}
 
 struct CPostedRecordDeleter
 {
@@ -42,13 +49,22 @@ struct COnItsWay
     PostedRecord copy;
 };
 
+// A window that takes rows: when it last added a batch, and whether its row
+// timer is set.
+struct CTaker
+{
+    HWND window;
+    ULONGLONG lastBatch = 0;
+    bool timerSet = false;
+};
+
 // The windows that take rows and the copies on their way to them, in the
 // order of their posts. The post happens under the lock, so a window's end
 // never falls between a sender's look at the table and its post.
 struct CMailbox
 {
     CCriticalSection lock;
-    std::vector<HWND> accepting;
+    std::vector<CTaker> takers;
     std::list<COnItsWay> onTheirWay;
 };
 
@@ -59,10 +75,12 @@ CMailbox& Mailbox()
     return *mailbox;
 }
 
-bool IsAccepting(const CMailbox& mailbox, HWND window)
+CTaker* FindTaker(CMailbox& mailbox, HWND window)
 {
-    return std::find(mailbox.accepting.begin(), mailbox.accepting.end(), window) !=
-           mailbox.accepting.end();
+    const auto taker =
+        std::find_if(mailbox.takers.begin(), mailbox.takers.end(),
+                     [window](const CTaker& candidate) { return candidate.window == window; });
+    return taker != mailbox.takers.end() ? &*taker : nullptr;
 }
 
 // Takes the copies on their way to window out of the table, in the order of
@@ -83,14 +101,32 @@ std::vector<COnItsWay> TakeCopiesFor(CMailbox& mailbox, HWND window)
     return taken;
 }
 
+// Takes the copies on their way to window as the batch it adds now. The
+// caller holds the mailbox's lock.
+std::vector<COnItsWay> TakeBatchFor(CMailbox& mailbox, HWND window)
+{
+    if (CTaker* const taker = FindTaker(mailbox, window))
+        taker->lastBatch = PaceClockNow();
+    return TakeCopiesFor(mailbox, window);
+}
+
+void AddRows(CMySubmittedListCtrl* list, const std::vector<COnItsWay>& batch)
+{
+    if (list == nullptr || batch.empty())
+        return;
+    const CRowBatch rows(*list, batch.size());
+    for (const COnItsWay& entry : batch)
+        list->AddSubmittedRow(entry.succeeded, *entry.copy);
+}
+
 } // namespace
 
 void AcceptSubmittedRows(HWND window)
 {
     CMailbox& mailbox = Mailbox();
     CLock lock(mailbox.lock);
-    if (window != nullptr && !IsAccepting(mailbox, window))
-        mailbox.accepting.push_back(window);
+    if (window != nullptr && FindTaker(mailbox, window) == nullptr)
+        mailbox.takers.push_back(CTaker{window});
 }
 
 void EndSubmittedRows(HWND window)
@@ -99,7 +135,8 @@ void EndSubmittedRows(HWND window)
     {
         CMailbox& mailbox = Mailbox();
         CLock lock(mailbox.lock);
-        std::erase(mailbox.accepting, window);
+        std::erase_if(mailbox.takers,
+                      [window](const CTaker& taker) { return taker.window == window; });
         dropped = TakeCopiesFor(mailbox, window);
     }
     // The copies are freed outside the lock, as they leave this scope.
@@ -113,7 +150,7 @@ void ReportSubmission(HWND window, bool succeeded, const CTrackRecord& record,
     CTrackRecord* const address = copy.get();
     CMailbox& mailbox = Mailbox();
     CLock lock(mailbox.lock);
-    if (!IsAccepting(mailbox, window))
+    if (FindTaker(mailbox, window) == nullptr)
         return;
     mailbox.onTheirWay.push_back(COnItsWay{window, succeeded, std::move(copy)});
     if (!PostMessageW(window, kSubmittedRowMessage, succeeded ? 1 : 0,
@@ -130,10 +167,12 @@ SubmissionReport MakeSubmissionReporter(HWND window)
 
 void OnSubmittedRowMessage(CMySubmittedListCtrl* list, WPARAM, LPARAM lParam)
 {
-    // The message's copy comes with every other copy on its way to the same
-    // window, in the order of their posts: during a backlog's drain the
-    // worker posts rows faster than one list update a row can follow, and a
-    // queue never empty of posts would hold back the poll timer. The later
+    // During a backlog's drain the worker posts rows faster than a list can
+    // take them one by one (under Wine a row costs about 11 ms), and a queue
+    // that is never empty of posts holds back every timer, the poll's among
+    // them. So the message's copy comes with every other copy on its way to
+    // the same window, in the order of their posts, and a window that took a
+    // batch less than kRowPaceMs ago leaves them to its row timer. The later
     // messages find their copies taken and do nothing.
     std::vector<COnItsWay> batch;
     {
@@ -145,13 +184,39 @@ void OnSubmittedRowMessage(CMySubmittedListCtrl* list, WPARAM, LPARAM lParam)
             });
         if (own == mailbox.onTheirWay.end())
             return;
-        batch = TakeCopiesFor(mailbox, own->window);
+        const HWND window = own->window;
+        CTaker* const taker = FindTaker(mailbox, window);
+        const ULONGLONG sinceBatch = PaceClockNow() - (taker != nullptr ? taker->lastBatch : 0);
+        if (taker != nullptr && sinceBatch < kRowPaceMs)
+        {
+            if (!taker->timerSet)
+                taker->timerSet = SetTimer(window, kSubmittedRowTimerId,
+                                           static_cast<UINT>(kRowPaceMs - sinceBatch), nullptr) != 0;
+            if (taker->timerSet)
+                return;
+        }
+        batch = TakeBatchFor(mailbox, window);
     }
-    if (list == nullptr)
-        return;
-    const CRowBatch rows(*list, batch.size());
-    for (const COnItsWay& entry : batch)
-        list->AddSubmittedRow(entry.succeeded, *entry.copy);
+    AddRows(list, batch);
+}
+
+void OnSubmittedRowTimer(CMySubmittedListCtrl* list, HWND window)
+{
+    KillTimer(window, kSubmittedRowTimerId);
+    std::vector<COnItsWay> batch;
+    {
+        CMailbox& mailbox = Mailbox();
+        CLock lock(mailbox.lock);
+        if (CTaker* const taker = FindTaker(mailbox, window))
+            taker->timerSet = false;
+        batch = TakeBatchFor(mailbox, window);
+    }
+    AddRows(list, batch);
+}
+
+void SetRowPaceClock(ULONGLONG (*clock)())
+{
+    g_paceClock = clock;
 }
 
 std::size_t PostedRecordsAlive()

@@ -20,6 +20,12 @@ namespace cvas
 // frees it after adding its row; the flag travels with the copy as well).
 constexpr UINT kSubmittedRowMessage = WM_USER + 2;
 
+// The row timer of a window that leaves rows waiting (the poll timer is 1).
+constexpr UINT_PTR kSubmittedRowTimerId = 2;
+// The least time between two batches of rows, which leaves the player's UI
+// thread free for its other messages and timers.
+constexpr ULONGLONG kRowPaceMs = 100;
+
 class CMySubmittedListCtrl;
 
 // Window side: from its creation (WM_CREATE) on, window takes rows; from its
@@ -41,7 +47,17 @@ SubmissionReport MakeSubmissionReporter(HWND window);
 // and of every other copy already on its way to the same window to list
 // (when there is one), in the order of their posts, then frees them. A copy
 // that an earlier message or the window's end took already is not touched.
+// Within kRowPaceMs of the window's last batch the rows wait instead, and the
+// window's row timer (kSubmittedRowTimerId, a WM_TIMER) adds them.
 void OnSubmittedRowMessage(CMySubmittedListCtrl* list, WPARAM wParam, LPARAM lParam);
+
+// Window side, for the WM_TIMER of kSubmittedRowTimerId: stops the timer and
+// adds the rows waiting for window to list.
+void OnSubmittedRowTimer(CMySubmittedListCtrl* list, HWND window);
+
+// For tests: the clock, in milliseconds, that the pace of the batches reads
+// (GetTickCount64 when null).
+void SetRowPaceClock(ULONGLONG (*clock)());
 
 // Copies made by ReportSubmission and not freed yet.
 std::size_t PostedRecordsAlive();

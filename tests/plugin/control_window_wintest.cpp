@@ -54,6 +54,8 @@ protected:
         return window;
     }
 
+    void TearDown() override { SetRowPaceClock(nullptr); }
+
     CWindow host{test::CreateTestWindow(L"CvasControlHost")};
 };
 
@@ -97,12 +99,24 @@ TEST_F(ControlWindowTest, EachWindowOwnsItsListAndItsImagesUntilItsEnd)
     CreateChildWindows(first.Get());
     EXPECT_EQ(GetDlgItem(first.Get(), kSubmittedListId), firstList);
 
+    // The clock of the rows' pace stands still.
+    SetRowPaceClock([]() -> ULONGLONG { return 50000; });
     ReportSubmission(first.Get(), false, Track(L"Shown"), L"FAILED no");
     MSG message;
     while (
         PeekMessageW(&message, first.Get(), kSubmittedRowMessage, kSubmittedRowMessage, PM_REMOVE))
         DispatchMessageW(&message);
     EXPECT_EQ(ListView_GetItemCount(firstList), 1);
+
+    // A row within the pace of the last batch comes with the window's row
+    // timer.
+    ReportSubmission(first.Get(), true, Track(L"Paced"), L"OK");
+    while (
+        PeekMessageW(&message, first.Get(), kSubmittedRowMessage, kSubmittedRowMessage, PM_REMOVE))
+        DispatchMessageW(&message);
+    EXPECT_EQ(ListView_GetItemCount(firstList), 1);
+    EXPECT_TRUE(test::DispatchTimer(first.Get(), kSubmittedRowTimerId, 10000));
+    EXPECT_EQ(ListView_GetItemCount(firstList), 2);
 }
 
 TEST_F(ControlWindowTest, ACopyPostedAtTheWindowsEndIsFreedOnce)

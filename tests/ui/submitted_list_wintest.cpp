@@ -15,12 +15,18 @@ namespace
 {
 
 CMySubmittedListCtrl* g_list = nullptr;
+ULONGLONG g_now = 0;
 
 LRESULT CALLBACK PluginWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == kSubmittedRowMessage && g_list != nullptr)
     {
         OnSubmittedRowMessage(g_list, wParam, lParam);
+        return 0;
+    }
+    if (message == WM_TIMER && wParam == kSubmittedRowTimerId)
+    {
+        OnSubmittedRowTimer(g_list, window);
         return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);
@@ -55,6 +61,7 @@ protected:
     {
         EndSubmittedRows(plugin.Get());
         g_list = nullptr;
+        SetRowPaceClock(nullptr);
     }
 
     // The row's six texts followed by its image number.
@@ -73,6 +80,16 @@ protected:
         texts.push_back(ListView_GetItem(list.Window(), &item) ? std::to_wstring(item.iImage)
                                                                : L"");
         return texts;
+    }
+
+    // Only the row messages: a timer that is due stays in the queue.
+    void DispatchRowMessages()
+    {
+        MSG message;
+        for (int i = 0; i < 100 && PeekMessageW(&message, plugin.Get(), kSubmittedRowMessage,
+                                                kSubmittedRowMessage, PM_REMOVE);
+             ++i)
+            DispatchMessageW(&message);
     }
 
     void DispatchWaitingMessages()
@@ -191,4 +208,32 @@ TEST_F(SubmittedListTest, OneRowMessageTakesEveryRowWaitingForTheWindowInTheOrde
 
     DispatchWaitingMessages();
     EXPECT_EQ(ListView_GetItemCount(list.Window()), 4) << "the later messages add nothing";
+}
+
+TEST_F(SubmittedListTest, RowsWithinThePaceOfTheLastBatchWaitForTheRowTimer)
+{
+    const std::size_t alive = PostedRecordsAlive();
+    SetRowPaceClock([] { return g_now; });
+    const SubmissionReport report = MakeSubmissionReporter(plugin.Get());
+    g_now = 10000;
+    report(true, Track(L"First"), L"OK");
+    DispatchRowMessages();
+    ASSERT_EQ(ListView_GetItemCount(list.Window()), 1) << "a first row goes in at once";
+
+    g_now += kRowPaceMs - 1;
+    report(false, Track(L"Second"), L"FAILED no");
+    DispatchRowMessages();
+    EXPECT_EQ(ListView_GetItemCount(list.Window()), 1);
+    EXPECT_EQ(PostedRecordsAlive(), alive + 1) << "the row waits for the timer";
+    ASSERT_TRUE(test::DispatchTimer(plugin.Get(), kSubmittedRowTimerId, 10000));
+    ASSERT_EQ(ListView_GetItemCount(list.Window()), 2);
+    EXPECT_EQ(Row(0)[4], L"Second");
+    EXPECT_EQ(Row(0)[6], L"0");
+    EXPECT_EQ(PostedRecordsAlive(), alive);
+
+    // The timer's batch counts as the last one.
+    g_now += kRowPaceMs;
+    report(true, Track(L"Third"), L"OK");
+    DispatchRowMessages();
+    EXPECT_EQ(ListView_GetItemCount(list.Window()), 3);
 }

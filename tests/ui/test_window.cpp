@@ -14,4 +14,23 @@ HWND CreateTestWindow(const wchar_t* className, WNDPROC procedure)
                          GetModuleHandleW(nullptr), nullptr);
 }
 
+bool DispatchTimer(HWND window, UINT_PTR timerId, DWORD waitMs)
+{
+    const ULONGLONG end = GetTickCount64() + waitMs;
+    for (;;)
+    {
+        MSG message;
+        while (PeekMessageW(&message, window, WM_TIMER, WM_TIMER, PM_REMOVE))
+        {
+            DispatchMessageW(&message);
+            if (message.wParam == timerId)
+                return true;
+        }
+        const ULONGLONG now = GetTickCount64();
+        if (now >= end)
+            return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now), QS_TIMER);
+    }
+}
+
 } // namespace cvas::test

@@ -231,7 +231,7 @@ ERunOutcome CScenarioRunner::DrainMessages()
         TranslateMessage(&message);
         DispatchMessageW(&message);
         if (toControl)
-            m_timings.AddControlMessage(message.message, handling.ElapsedMs());
+            m_timings.AddControlMessage(message, handling.ElapsedMs());
     }
     if (GetTickCount64() - m_lastStatus >= kLongestWaitMs)
         ShowStatus();

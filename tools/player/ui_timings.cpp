@@ -31,17 +31,17 @@ double CStopwatch::ElapsedMs() const
            static_cast<double>(frequency.QuadPart);
 }
 
-void CUiTimings::AddControlMessage(UINT message, double ms)
+void CUiTimings::AddControlMessage(const MSG& message, double ms)
 {
     ++m_messages;
     if (ms > kFrameMs)
         ++m_overFrame;
-    if (message == WM_TIMER && ms > m_longestPollMs)
+    if (message.message == WM_TIMER && message.wParam == kPollTimerId && ms > m_longestPollMs)
         m_longestPollMs = ms;
     if (ms > m_longestMs)
     {
         m_longestMs = ms;
-        m_longestMessage = message;
+        m_longestMessage = message.message;
     }
 }
 

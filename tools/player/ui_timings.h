@@ -30,14 +30,16 @@ public:
     static constexpr double kFrameMs = 16.0;
 
     void SetInit(double ms) { m_initMs = ms; }
+    // The control's poll timer, whose message queues a play that qualifies.
+    static constexpr UINT_PTR kPollTimerId = 1;
+
     // One message that a window of the control handled.
-    void AddControlMessage(UINT message, double ms);
+    void AddControlMessage(const MSG& message, double ms);
     // The real time a scenario step took.
     void AddStep(int line, double ms);
 
     // "timing: ..." lines: Init, each step, the longest message, the longest
-    // poll (the timer message, which queues a play that qualifies) and how
-    // many messages took longer than a frame.
+    // poll and how many messages took longer than a frame.
     std::vector<std::wstring> Lines() const;
 
 private:
