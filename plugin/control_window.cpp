@@ -75,8 +75,8 @@ LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     case WM_TIMER:
         if (wParam != kSubmittedRowTimerId)
             return DefWindowProcW(window, message, wParam, lParam);
-        OnSubmittedRowTimer(
-            PartsOf(window) != nullptr ? &PartsOf(window)->submittedList : nullptr, window);
+        OnSubmittedRowTimer(PartsOf(window) != nullptr ? &PartsOf(window)->submittedList : nullptr,
+                            window);
         return 0;
     case kPlayRequestMessage:
         PlayLibraryFile(static_cast<int>(wParam));

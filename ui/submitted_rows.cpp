@@ -190,8 +190,9 @@ void OnSubmittedRowMessage(CMySubmittedListCtrl* list, WPARAM, LPARAM lParam)
         if (taker != nullptr && sinceBatch < kRowPaceMs)
         {
             if (!taker->timerSet)
-                taker->timerSet = SetTimer(window, kSubmittedRowTimerId,
-                                           static_cast<UINT>(kRowPaceMs - sinceBatch), nullptr) != 0;
+                taker->timerSet =
+                    SetTimer(window, kSubmittedRowTimerId,
+                             static_cast<UINT>(kRowPaceMs - sinceBatch), nullptr) != 0;
             if (taker->timerSet)
                 return;
         }
