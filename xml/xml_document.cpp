@@ -251,32 +251,40 @@ std::wstring_view CXmlDocument::TagAttributes(std::uint32_t element) const
 
 std::wstring CXmlDocument::GetData() const
 {
+    std::wstring data;
+    GetData(data);
+    return data;
+}
+
+void CXmlDocument::GetData(std::wstring& data) const
+{
+    data.clear();
     if (m_current == 0)
-        return {};
+        return;
     const XmlElementRecord& record = m_table[m_current];
     const std::size_t endTag = EndTagLength(record);
     if (record.firstChild != 0 || endTag == 0 || endTag > record.length)
-        return {};
+        return;
     const std::size_t begin = record.start + StartTagLength(record);
     const std::size_t end =
         std::min<std::size_t>(record.start + record.length - endTag, m_text.size());
     if (begin >= end)
-        return {};
+        return;
     // Plain text, the common case, is copied as it stands.
     const wchar_t* text = m_text.data();
     const wchar_t* special = FindXmlCharacter(text + begin, text + end, L'<', L'&');
     if (special == text + end)
-        return std::wstring(text + begin, end - begin);
-    if (FindXmlCharacter(special, text + end, L'<') == text + end)
-        return UnescapeXmlText(std::wstring_view(text + begin, end - begin));
-    return MixedData(begin, end);
+        data.assign(text + begin, end - begin);
+    else if (FindXmlCharacter(special, text + end, L'<') == text + end)
+        AppendXmlUnescaped(std::wstring_view(text + begin, end - begin), data);
+    else
+        AppendMixedData(begin, end, data);
 }
 
 // Mixed content: the pieces of text and the CDATA sections, in order.
-std::wstring CXmlDocument::MixedData(std::size_t begin, std::size_t end) const
+void CXmlDocument::AppendMixedData(std::size_t begin, std::size_t end, std::wstring& data) const
 {
     const wchar_t* text = m_text.data();
-    std::wstring data;
     for (std::size_t offset = begin; offset < end;)
     {
         const XmlToken token = NextXmlToken(text, end, offset);
@@ -293,7 +301,6 @@ std::wstring CXmlDocument::MixedData(std::size_t begin, std::size_t end) const
         }
         offset = token.End();
     }
-    return data;
 }
 
 std::wstring CXmlDocument::GetTagName() const

@@ -73,6 +73,9 @@ public:
     // The content of the current element: text unescaped, CDATA sections
     // as they are; empty for an element with children or without content.
     std::wstring GetData() const;
+    // The same into data, whose earlier content it replaces: a reader that
+    // keeps one string for every text allocates only when a text outgrows it.
+    void GetData(std::wstring& data) const;
     // The name of the current element; empty when there is none.
     std::wstring GetTagName() const;
     // The unescaped value of an attribute of the current element; empty if
@@ -106,7 +109,7 @@ private:
     std::uint32_t NextNamed(std::wstring_view name, std::uint32_t firstCandidate) const;
     bool StepMatches(std::uint32_t element, const XmlPathStep& step) const;
     std::uint32_t NextInDocumentOrder(std::uint32_t element) const;
-    std::wstring MixedData(std::size_t begin, std::size_t end) const;
+    void AppendMixedData(std::size_t begin, std::size_t end, std::wstring& data) const;
     std::wstring_view StartTag(std::uint32_t element) const;
     std::wstring_view TagName(std::uint32_t element) const;
     std::wstring_view TagAttributes(std::uint32_t element) const;

@@ -210,6 +210,10 @@ void ExpectSame(CXmlDocument& document, const Node& node, const std::string& pat
     for (const auto& [name, value] : node.attributes)
         EXPECT_EQ(WideToUtf8(document.GetAttrib(Utf8ToWide(name))), value) << here << "@" << name;
     EXPECT_EQ(WideToUtf8(document.GetData()), node.children.empty() ? node.text : "") << here;
+    // A string kept across the whole walk holds the current element's text only.
+    static std::wstring kept;
+    document.GetData(kept);
+    EXPECT_EQ(WideToUtf8(kept), node.children.empty() ? node.text : "") << here << " (kept string)";
     ASSERT_TRUE(document.IntoElem());
     for (const Node& child : node.children)
     {
