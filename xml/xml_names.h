@@ -62,26 +62,33 @@ inline bool HoldsXmlTagNameEnd(std::wstring_view name)
     return false;
 }
 
+// Whether the length characters at a and b are the same name. Names nearly
+// always match exactly, which one comparison of the memory finds; only a
+// difference is looked at letter by letter.
+inline bool SameXmlName(const wchar_t* a, const wchar_t* b, std::size_t length, bool ignoreCase)
+{
+    if (SameXmlCharacters(a, b, length))
+        return true;
+    if (!ignoreCase)
+        return false;
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        if (!SameXmlNameCharacter(a[i], b[i], true))
+            return false;
+    }
+    return true;
+}
+
 // Whether the tag name at the start of tagText (as XmlTagNameLength ends it)
 // is name, which holds no character that ends tag names: XmlNamesEqual on
-// the name where it stands. The characters are compared as memory first;
-// only a difference is looked at letter by letter.
+// the name where it stands.
 inline bool XmlTagNameIsPlainName(std::wstring_view tagText, std::wstring_view name,
                                   bool ignoreCase)
 {
     const std::size_t n = name.size();
     if (tagText.size() < n || (tagText.size() > n && !EndsXmlTagName(tagText[n])))
         return false;
-    if (SameXmlCharacters(tagText.data(), name.data(), n))
-        return true;
-    if (!ignoreCase)
-        return false;
-    for (std::size_t i = 0; i < n; ++i)
-    {
-        if (!SameXmlNameCharacter(tagText[i], name[i], true))
-            return false;
-    }
-    return true;
+    return SameXmlName(tagText.data(), name.data(), n, ignoreCase);
 }
 
 // The same for any name.

@@ -36,22 +36,6 @@ unsigned NameCharacterClass(wchar_t c)
     return u < 128 ? kNameCharacters[u] : kNameGoesOn;
 }
 
-// An end tag nearly always repeats its start tag's name exactly, which one
-// comparison of the memory finds; only a difference is looked at closely.
-bool SameName(const wchar_t* a, const wchar_t* b, std::size_t length, bool ignoreCase)
-{
-    if (SameXmlCharacters(a, b, length))
-        return true;
-    if (!ignoreCase)
-        return false;
-    for (std::size_t i = 0; i < length; ++i)
-    {
-        if (!SameXmlNameCharacter(a[i], b[i], ignoreCase))
-            return false;
-    }
-    return true;
-}
-
 // The end of the start tag at tag when its name holds no quote (the
 // tokenizer's quoted mode would start inside the name); null when it is not
 // such a tag or end cuts it off. Gives the name's length as start tags and
@@ -102,7 +86,7 @@ const wchar_t* PlainEndTagEnd(const wchar_t* tag, const wchar_t* end, const wcha
                               std::size_t nameLength, bool ignoreCase)
 {
     const wchar_t* const close = tag + 2 + nameLength;
-    if (close >= end || *close != L'>' || !SameName(name, tag + 2, nameLength, ignoreCase))
+    if (close >= end || *close != L'>' || !SameXmlName(name, tag + 2, nameLength, ignoreCase))
         return nullptr;
     return close + 1;
 }
